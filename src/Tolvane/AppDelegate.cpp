@@ -1,0 +1,141 @@
+#include "Tolvane/AppDelegate.h"
+
+#include "Tolvane/BrandIcon.h"
+#include "Tolvane/Log.h"
+#include "Tolvane/SystemBits.h"
+#include "TolvaneCore/LogLine.h"
+#include "TolvaneCore/StoredSettings.h"
+
+#include <QDir>
+#include <QMenu>
+#include <QSystemTrayIcon>
+
+namespace tolvane {
+
+namespace {
+
+std::string text(bool value) {
+    return std::string(boolText(value));
+}
+std::string text(ScrollMode mode) {
+    return std::string(modeName(mode));
+}
+
+StoredValue storedValue(const QVariant& value) {
+    if (!value.isValid()) {
+        return {};
+    }
+    if (value.typeId() == QMetaType::Bool) {
+        return {StoredValue::Type::boolean, value.toBool(), {}};
+    }
+    if (value.typeId() == QMetaType::QString) {
+        return {StoredValue::Type::text, false, value.toString().toStdString()};
+    }
+    return {StoredValue::Type::other, false, {}};
+}
+
+} // namespace
+
+AppDelegate::AppDelegate(platform::Platform& platform, const QString& settingsPath,
+                         AppTiming timing)
+    : platform(platform), timing(timing), settings(settingsPath, QSettings::IniFormat),
+      inverter(platform.scrollTap), monitor(platform.pointers), stats(platform.host),
+      keyboardLock(platform.keyboard),
+      baselineNatural(ScrollBaseline::naturalOn(platform.scrollSetting)) {}
+
+AppDelegate::~AppDelegate() {
+    delete currentMenu;
+}
+
+QString AppDelegate::defaultSettingsPath() {
+    QString configHome = qEnvironmentVariable("XDG_CONFIG_HOME");
+    if (!QDir::isAbsolutePath(configHome)) {
+        configHome = QDir::homePath() + QStringLiteral("/.config");
+    }
+    return configHome + QStringLiteral("/Tolvane/Tolvane.conf");
+}
+
+void AppDelegate::applicationDidFinishLaunching() {
+    Log::line("=== launch === trusted=" + text(platform.access.isTrusted()) +
+              " baselineNatural=" + text(baselineNatural));
+    loadState();
+    Log::line("loaded state: auto=" + text(state.autoEnabled) + " mode=" + text(state.mode));
+
+    statusItem = new QSystemTrayIcon(this);
+    connect(statusItem, &QSystemTrayIcon::activated, this,
+            [this](QSystemTrayIcon::ActivationReason reason) {
+                if (reason == QSystemTrayIcon::Trigger || reason == QSystemTrayIcon::Context) {
+                    popUpMenu();
+                }
+            });
+
+    QPointer<AppDelegate> weak(this);
+    monitor.onChange = [weak](bool present) {
+        if (weak) {
+            weak->runStateCycle(present ? AppEvent::mouseConnected()
+                                        : AppEvent::mouseDisconnected());
+        }
+    };
+    monitor.start();
+
+    keyboardLock.onChange = [weak](bool) {
+        if (weak) {
+            weak->render();
+        }
+    };
+
+    startInverterOrPrompt();
+    render();
+}
+
+void AppDelegate::loadState() {
+    const bool autoEnabled = loadAutoEnabled(storedValue(settings.value(autoKey)));
+    const ScrollMode mode = loadMode(storedValue(settings.value(modeKey)));
+    state = AppState{autoEnabled, false, mode};
+}
+
+void AppDelegate::saveState() {
+    settings.setValue(autoKey, state.autoEnabled);
+    settings.setValue(modeKey, QString::fromLatin1(storedModeText(state.mode).data(),
+                                                   qsizetype(storedModeText(state.mode).size())));
+}
+
+void AppDelegate::applyInversion() {
+    inverter.inverting = shouldInvert(state.mode, baselineNatural);
+    Log::line("applyInversion mode=" + text(state.mode) + " baseline=" + text(baselineNatural) +
+              " inverting=" + text(inverter.inverting));
+}
+
+void AppDelegate::render() {
+    if (statusItem) {
+        const bool active = state.mode == ScrollMode::mouse;
+        statusItem->setIcon(BrandIcon::menuBar(active));
+        statusItem->setToolTip(BrandIcon::description(active));
+        if (!statusItem->isVisible()) {
+            statusItem->show();
+        }
+    }
+    installMenu(buildMenu());
+}
+
+void AppDelegate::runStateCycle(AppEvent event) {
+    state = reduce(state, event);
+    applyInversion();
+    saveState();
+    render();
+}
+
+void AppDelegate::manualToggle() {
+    runStateCycle(AppEvent::manualToggle());
+}
+
+void AppDelegate::toggleAuto() {
+    runStateCycle(AppEvent::setAuto(!state.autoEnabled));
+}
+
+void AppDelegate::toggleLogin() {
+    LoginItem::setEnabled(!platform.login.isEnabled(), platform.login, platform.systemLog);
+    render();
+}
+
+} // namespace tolvane

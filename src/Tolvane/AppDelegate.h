@@ -1,0 +1,94 @@
+#pragma once
+
+#include "Tolvane/KeyboardLock.h"
+#include "Tolvane/MouseMonitor.h"
+#include "Tolvane/ScrollInverter.h"
+#include "Tolvane/SystemStats.h"
+#include "TolvaneCore/ScrollState.h"
+#include "platform/Platform.h"
+
+#include <QMenu>
+#include <QObject>
+#include <QPointer>
+#include <QSettings>
+#include <QString>
+#include <QTimer>
+
+#include <chrono>
+#include <memory>
+
+class QSystemTrayIcon;
+
+namespace tolvane {
+
+struct AppTiming {
+    std::chrono::milliseconds permissionPoll{1500};
+    std::chrono::milliseconds cleaningDelay{150};
+};
+
+// Owns every long-lived object and the one live state. Every change of state runs, in this
+// order: reduce, applyInversion, saveState, render.
+class AppDelegate : public QObject {
+    Q_OBJECT
+
+public:
+    AppDelegate(platform::Platform& platform, const QString& settingsPath, AppTiming timing = {});
+    ~AppDelegate() override;
+
+    void applicationDidFinishLaunching();
+
+    // Menu delegate and actions.
+    void menuWillOpen();
+    void menuDidClose();
+    void manualToggle();
+    void toggleAuto();
+    void toggleLogin();
+    void openAccessibility();
+    void quit();
+
+    // What tests and the tray look at.
+    const AppState& currentState() const { return state; }
+    QSystemTrayIcon* trayIcon() const { return statusItem; }
+    QMenu* menu() const { return currentMenu; }
+    bool isPolling() const { return !permissionTimer.isNull(); }
+    bool isInverting() const { return inverter.inverting; }
+    KeyboardLock& lockForTesting() { return keyboardLock; }
+    SystemStats& statsForTesting() { return stats; }
+
+    // $XDG_CONFIG_HOME/Tolvane/Tolvane.conf, with ~/.config when the variable is unset.
+    static QString defaultSettingsPath();
+
+private:
+    void loadState();
+    void saveState();
+    void applyInversion();
+    void render();
+    void runStateCycle(AppEvent event);
+
+    void startInverterOrPrompt();
+    void showPermissionAlert();
+    void permissionTick();
+
+    QMenu* buildMenu();
+    void installMenu(QMenu* menu);
+    void popUpMenu();
+    void startCleaning();
+
+    platform::Platform& platform;
+    AppTiming timing;
+    QSettings settings;
+    QPointer<QMenu> currentMenu;
+
+    QSystemTrayIcon* statusItem = nullptr;
+    ScrollInverter inverter;
+    MouseMonitor monitor;
+    SystemStats stats;
+    KeyboardLock keyboardLock;
+    bool baselineNatural;
+    QPointer<QTimer> permissionTimer;
+    const QString autoKey = QStringLiteral("autoEnabled");
+    const QString modeKey = QStringLiteral("mode");
+    AppState state{true, false, ScrollMode::trackpad};
+};
+
+} // namespace tolvane

@@ -1,0 +1,78 @@
+// Input access: at launch the scroll tap is tried; without access the system's prompt and the
+// program's alert come up, and a poll retries the tap until it starts, so no restart is needed.
+#include "Tolvane/AppDelegate.h"
+
+#include <QApplication>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTimer>
+
+namespace tolvane {
+
+namespace {
+
+const char* const alertMessage = "Grant Input Access";
+const char* const alertInformation =
+    "Tolvane needs access to input devices to change scroll direction instantly and to lock the "
+    "keyboard for cleaning. Allow it when your system asks, or follow the steps in Help, then it "
+    "will start working automatically.";
+
+} // namespace
+
+void AppDelegate::startInverterOrPrompt() {
+    if (inverter.start()) {
+        applyInversion();
+        return;
+    }
+    platform.access.requestAccess();
+    showPermissionAlert();
+
+    auto* timer = new QTimer(this);
+    timer->setInterval(int(timing.permissionPoll.count()));
+    QPointer<AppDelegate> weak(this);
+    connect(timer, &QTimer::timeout, this, [weak] {
+        if (weak) {
+            weak->permissionTick();
+        }
+    });
+    timer->start();
+    permissionTimer = timer;
+}
+
+void AppDelegate::permissionTick() {
+    // Qt's timers also fire inside modal loops and while a menu is open; the poll waits for
+    // both to close, so a granted access never changes the program under an open alert.
+    if (QApplication::activeModalWidget() || QApplication::activePopupWidget()) {
+        return;
+    }
+    if (!inverter.start()) {
+        return;
+    }
+    applyInversion();
+    render();
+    if (permissionTimer) {
+        permissionTimer->stop();
+        permissionTimer->deleteLater();
+    }
+    permissionTimer = nullptr;
+}
+
+void AppDelegate::showPermissionAlert() {
+    QMessageBox alert;
+    alert.setWindowTitle(QStringLiteral("Tolvane"));
+    alert.setText(QString::fromUtf8(alertMessage));
+    alert.setInformativeText(QString::fromUtf8(alertInformation));
+    QPushButton* first = alert.addButton(QStringLiteral("Open Help"), QMessageBox::AcceptRole);
+    alert.addButton(QStringLiteral("Later"), QMessageBox::RejectRole);
+    alert.setDefaultButton(first);
+    alert.exec();
+    if (alert.clickedButton() == first) {
+        openAccessibility();
+    }
+}
+
+void AppDelegate::openAccessibility() {
+    platform.access.openHelp();
+}
+
+} // namespace tolvane

@@ -1,0 +1,109 @@
+#include "TolvaneCore/AutostartEntry.h"
+
+#include <optional>
+
+namespace tolvane {
+
+namespace {
+
+constexpr std::string_view markerKey = "X-Tolvane-Autostart";
+
+std::string_view trim(std::string_view text) {
+    const auto first = text.find_first_not_of(" \t\r");
+    if (first == std::string_view::npos) {
+        return {};
+    }
+    const auto last = text.find_last_not_of(" \t\r");
+    return text.substr(first, last - first + 1);
+}
+
+// The first argument of an Exec value, unquoted.
+std::string firstExecArgument(std::string_view exec) {
+    exec = trim(exec);
+    std::string argument;
+    if (!exec.empty() && exec.front() == '"') {
+        for (std::size_t i = 1; i < exec.size() && exec[i] != '"'; ++i) {
+            if (exec[i] == '\\' && i + 1 < exec.size()) {
+                ++i;
+            }
+            argument += exec[i];
+        }
+        return argument;
+    }
+    return std::string(exec.substr(0, exec.find_first_of(" \t")));
+}
+
+std::string_view baseName(std::string_view path) {
+    const auto slash = path.rfind('/');
+    return slash == std::string_view::npos ? path : path.substr(slash + 1);
+}
+
+} // namespace
+
+std::string quoteExecArgument(std::string_view path) {
+    const bool plain = path.find_first_of(" \t\n\"'\\><~|&;$*?#()`=%") == std::string_view::npos;
+    if (plain && !path.empty()) {
+        return std::string(path);
+    }
+    std::string quoted = "\"";
+    for (char c : path) {
+        if (c == '"' || c == '`' || c == '$' || c == '\\') {
+            quoted += '\\';
+        }
+        quoted += c;
+    }
+    quoted += '"';
+    return quoted;
+}
+
+std::string autostartEntryText(std::string_view executablePath) {
+    std::string text = "[Desktop Entry]\n"
+                       "Type=Application\n"
+                       "Name=Tolvane\n"
+                       "Comment=Scroll direction switcher and keyboard cleaning lock\n"
+                       "Icon=tolvane\n"
+                       "Exec=";
+    text += quoteExecArgument(executablePath);
+    text += "\nTerminal=false\nNoDisplay=true\n";
+    text += markerKey;
+    text += "=true\n";
+    return text;
+}
+
+bool autostartEntryEnabled(std::string_view content) {
+    bool inMainGroup = false;
+    bool sawMainGroup = false;
+    bool hidden = false;
+    bool marked = false;
+    std::optional<std::string> exec;
+    while (!content.empty()) {
+        const auto end = content.find('\n');
+        const std::string_view line = trim(content.substr(0, end));
+        content = end == std::string_view::npos ? std::string_view{} : content.substr(end + 1);
+        if (line.empty() || line.front() == '#') {
+            continue;
+        }
+        if (line.front() == '[') {
+            inMainGroup = line == "[Desktop Entry]" && !sawMainGroup;
+            sawMainGroup = sawMainGroup || inMainGroup;
+            continue;
+        }
+        const auto equals = line.find('=');
+        if (!inMainGroup || equals == std::string_view::npos) {
+            continue;
+        }
+        const std::string_view key = trim(line.substr(0, equals));
+        const std::string_view value = trim(line.substr(equals + 1));
+        if (key == "Hidden") {
+            hidden = value == "true";
+        } else if (key == markerKey) {
+            marked = value == "true";
+        } else if (key == "Exec") {
+            exec = firstExecArgument(value);
+        }
+    }
+    const bool tolvanes = marked || (exec && baseName(*exec) == "tolvane");
+    return sawMainGroup && tolvanes && !hidden;
+}
+
+} // namespace tolvane

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace tolvane {
+
+// "2026-11-18T15:44:21Z": UTC, whole seconds, no fraction.
+std::string isoTimestamp(std::int64_t secondsSinceEpoch);
+
+// One line of the log file: timestamp, one blank, the message as given, one line feed.
+std::string logFileLine(std::int64_t secondsSinceEpoch, std::string_view message);
+
+// The system log's entry for the same message.
+std::string systemLogEntry(std::string_view message);
+
+// "true" or "false", as every log line spells a Bool.
+std::string_view boolText(bool value);
+
+} // namespace tolvane

@@ -1,0 +1,76 @@
+#include "support/AppHarness.h"
+
+#include "Tolvane/Log.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QUuid>
+
+namespace tolvane::testing {
+
+void AppHarness::SetUp() {
+    reset();
+}
+
+void AppHarness::TearDown() {
+    delegate.reset();
+    settle();
+    Log::setSystemLog(nullptr);
+}
+
+void AppHarness::reset() {
+    delegate.reset();
+    settle();
+    fakePlatform = std::make_unique<FakePlatform>();
+    Log::setSystemLog(&fakePlatform->systemLog);
+    const QString folder = qEnvironmentVariable("XDG_CONFIG_HOME") + QStringLiteral("/") +
+                           QUuid::createUuid().toString(QUuid::WithoutBraces);
+    QDir().mkpath(folder);
+    path = folder + QStringLiteral("/Tolvane.conf");
+}
+
+void AppHarness::launch() {
+    delegate = std::make_unique<AppDelegate>(fakePlatform->platform, path, timing);
+    delegate->applicationDidFinishLaunching();
+}
+
+void AppHarness::settle() {
+    for (int round = 0; round < 5; ++round) {
+        QCoreApplication::sendPostedEvents();
+        QCoreApplication::processEvents(QEventLoop::AllEvents);
+    }
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+}
+
+void AppHarness::wait(int ms) {
+    QElapsedTimer clock;
+    clock.start();
+    while (clock.elapsed() < ms) {
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
+    }
+    settle();
+}
+
+void AppHarness::writeSettings(const QByteArray& content) const {
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    file.write(content);
+}
+
+std::string AppHarness::storedText(const char* key) const {
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        return {};
+    }
+    const QByteArray prefix = QByteArray(key) + '=';
+    for (const QByteArray& line : file.readAll().split('\n')) {
+        if (line.startsWith(prefix)) {
+            return line.mid(prefix.size()).trimmed().toStdString();
+        }
+    }
+    return {};
+}
+
+} // namespace tolvane::testing

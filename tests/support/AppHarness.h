@@ -1,0 +1,47 @@
+#pragma once
+
+#include "Tolvane/AppDelegate.h"
+#include "support/FakePlatform.h"
+
+#include <QString>
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+namespace tolvane::testing {
+
+// An AppDelegate on recording fakes with its settings in a file of its own.
+class AppHarness : public ::testing::Test {
+protected:
+    void SetUp() override;
+    void TearDown() override;
+
+    // A new platform, settings file and delegate, as for a new start of the program.
+    void reset();
+    void launch();
+
+    // Runs the event loop until nothing is queued, so queued reports and settings writes land.
+    static void settle();
+
+    // Runs the event loop for `ms` milliseconds.
+    static void wait(int ms);
+
+    QString settingsPath() const { return path; }
+    void writeSettings(const QByteArray& content) const;
+
+    // The raw value written under `key` in the settings file, "" when there is none.
+    std::string storedText(const char* key) const;
+
+    Recorder& recorder() { return fakePlatform->recorder; }
+    FakePlatform& fakes() { return *fakePlatform; }
+
+    std::unique_ptr<FakePlatform> fakePlatform;
+    std::unique_ptr<AppDelegate> delegate;
+    AppTiming timing{std::chrono::milliseconds(60), std::chrono::milliseconds(20)};
+
+private:
+    QString path;
+};
+
+} // namespace tolvane::testing
