@@ -33,8 +33,8 @@ int main(int argc, char** argv) {
     oslinux::ProcHostStatistics host;
     oslinux::AutostartLoginRegistration login(QApplication::applicationFilePath().toStdString());
     oslinux::GSettingsScrollSetting scrollSetting;
-    platform::Platform platform{access, input.scrollTap(), input.pointers(), input.keyboard(),
-                                host,   login,             scrollSetting,    systemLog};
+    platform::Platform platform{access, input.scrollTap(), input.pointers(), input.keyboard(), host,
+                                login,  scrollSetting,     systemLog};
 
     AppDelegate delegate(platform, AppDelegate::defaultSettingsPath());
     QTimer::singleShot(0, &delegate, &AppDelegate::applicationDidFinishLaunching);
