@@ -152,5 +152,18 @@ TEST_F(KeyboardGrab, FailsWithNothingHeldWhenANodeCannotBeOpenedOrAKeyboardIsTak
     EXPECT_FALSE(desktop.tryGrab());
 }
 
+TEST_F(KeyboardGrab, AMouseAnotherProgramHoldsStopsNeitherTheTapNorTheHold) {
+    auto mouse = VirtualDevice::plug(usbMouse());
+    auto keyboard = VirtualDevice::plug(usbKeyboard());
+    NodeReader otherProgram(mouse->path());
+    ASSERT_TRUE(otherProgram.grab());
+    start();
+    EXPECT_TRUE(layer->scrollTap().create([](void*, InputEvent*, std::size_t) {}, nullptr));
+    EXPECT_TRUE(layer->keyboard().grab());
+    NodeReader desktop(keyboard->path());
+    EXPECT_FALSE(desktop.tryGrab()) << "the keyboard was not taken";
+    otherProgram.ungrab();
+}
+
 } // namespace
 } // namespace tolvane::kerneltest

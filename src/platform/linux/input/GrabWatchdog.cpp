@@ -8,6 +8,7 @@
 #include <linux/input.h>
 #include <sys/ioctl.h>
 #include <syslog.h>
+#include <utility>
 
 namespace tolvane::oslinux {
 
@@ -27,6 +28,7 @@ void GrabWatchdog::track(int fd) {
     if (!thread.joinable()) {
         lastBeat = nowTicks();
         stopping = false;
+        released.clear();
         thread = std::thread([this] { run(); });
     }
 }
@@ -35,6 +37,7 @@ void GrabWatchdog::untrack(int fd) {
     {
         std::lock_guard lock(mutex);
         fds.erase(std::remove(fds.begin(), fds.end(), fd), fds.end());
+        released.erase(std::remove(released.begin(), released.end(), fd), released.end());
         if (!fds.empty()) {
             return;
         }
@@ -46,11 +49,9 @@ void GrabWatchdog::beat() {
     lastBeat = nowTicks();
 }
 
-bool GrabWatchdog::takeFired() {
+std::vector<int> GrabWatchdog::takeReleased() {
     std::lock_guard lock(mutex);
-    const bool was = fired;
-    fired = false;
-    return was;
+    return std::exchange(released, {});
 }
 
 void GrabWatchdog::stopThread() {
@@ -79,8 +80,8 @@ void GrabWatchdog::run() {
             ::ioctl(fd, EVIOCGRAB, 0);
         }
         syslog(LOG_WARNING, "Tolvane: input loop stalled, released %zu input devices", fds.size());
+        released.insert(released.end(), fds.begin(), fds.end());
         fds.clear();
-        fired = true;
     }
 }
 

@@ -28,8 +28,9 @@ public:
 
     void beat();
 
-    // True once after the thread released the grabs; the caller then knows nothing is held.
-    bool takeFired();
+    // The descriptors the thread let go of since the last call, for the caller to take back
+    // once its loop turns again. Empty unless there was a stall.
+    std::vector<int> takeReleased();
 
 private:
     void run();
@@ -41,7 +42,7 @@ private:
     std::condition_variable wake;
     std::vector<int> fds;
     bool stopping = false;
-    bool fired = false;
+    std::vector<int> released;
     std::atomic<std::int64_t> lastBeat{0};
     std::thread thread;
 };

@@ -108,10 +108,12 @@ bool InputRouter::startWheelTap(platform::WheelEventFilter wheelFilter, void* co
     filter = wheelFilter;
     filterContext = context;
     for (auto& [node, entry] : known) {
-        if (entry.capabilities && applyRoles(node, entry) == Outcome::failed) {
+        if (takesWheel(entry) && applyRoles(node, entry) == Outcome::failed) {
             tapping = false;
             for (auto& [other, otherEntry] : known) {
-                applyRoles(other, otherEntry);
+                if (takesWheel(otherEntry)) {
+                    applyRoles(other, otherEntry);
+                }
             }
             return false;
         }
@@ -128,7 +130,7 @@ bool InputRouter::holdKeyboards() {
     }
     holding = true;
     for (auto& [node, entry] : known) {
-        if (entry.capabilities && applyRoles(node, entry) != Outcome::done) {
+        if (takesKeys(entry) && applyRoles(node, entry) != Outcome::done) {
             releaseKeyboards();
             return false;
         }
@@ -139,8 +141,18 @@ bool InputRouter::holdKeyboards() {
 void InputRouter::releaseKeyboards() {
     holding = false;
     for (auto& [node, entry] : known) {
-        applyRoles(node, entry);
+        if (takesKeys(entry)) {
+            applyRoles(node, entry);
+        }
     }
+}
+
+bool InputRouter::takesWheel(const Known& entry) {
+    return entry.capabilities && hasWheel(*entry.capabilities);
+}
+
+bool InputRouter::takesKeys(const Known& entry) {
+    return entry.capabilities && keyHoldFor(*entry.capabilities) != KeyHold::none;
 }
 
 void InputRouter::setPointerCallbacks(platform::PointerDevices::Callbacks callbacks) {

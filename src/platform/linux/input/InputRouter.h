@@ -55,6 +55,8 @@ private:
     };
     enum class Outcome { done, refused, failed };
 
+    static bool takesWheel(const Known& entry);
+    static bool takesKeys(const Known& entry);
     std::string pathOf(const std::string& node) const;
     bool learn(const std::string& node, Known& known);
     bool allNodesReadable();
@@ -66,7 +68,7 @@ private:
     void onReadable(RoutedDevice& device);
     void dropClone(RoutedDevice& device);
     void updateHeartbeat();
-    void recoverFromStall();
+    void recoverFromStall(const std::vector<int>& released);
 
     EventLoop& loop;
     const std::string root;

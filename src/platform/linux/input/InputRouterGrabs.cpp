@@ -4,6 +4,8 @@
 // is watched until it is idle and taken then.
 #include "platform/linux/input/InputRouter.h"
 
+#include <algorithm>
+
 namespace tolvane::oslinux {
 
 InputRouter::Outcome InputRouter::applyRoles(const std::string& node, Known& entry) {
@@ -144,21 +146,24 @@ void InputRouter::updateHeartbeat() {
     }
     loop.setHeartbeat([this] {
         watchdog.beat();
-        if (watchdog.takeFired()) {
-            recoverFromStall();
+        const std::vector<int> released = watchdog.takeReleased();
+        if (!released.empty()) {
+            recoverFromStall(released);
         }
     });
 }
 
-void InputRouter::recoverFromStall() {
-    // The watchdog has let go of every grab; the loop turns again, so take them back.
+void InputRouter::recoverFromStall(const std::vector<int>& released) {
+    // The watchdog let go of these grabs while the loop stood still; it turns again, so take
+    // them back, each once nothing on it is down.
     for (auto& [node, entry] : known) {
-        if (entry.routed && entry.routed->grabbed) {
-            entry.routed->grabbed = false;
-            --grabbedCount;
+        RoutedDevice* device = entry.routed.get();
+        if (!device || !device->grabbed ||
+            std::find(released.begin(), released.end(), device->evdev().fd()) == released.end()) {
+            continue;
         }
-    }
-    for (auto& [node, entry] : known) {
+        device->grabbed = false;
+        --grabbedCount;
         applyRoles(node, entry);
     }
 }
