@@ -1,5 +1,6 @@
 #include "kernel/GuestFixture.h"
 
+#include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -29,6 +30,12 @@ void FakeDeviceRoot::linkUinput() {
 void FakeDeviceRoot::addBogusNode(const std::string& node) {
     const int fd = ::open((root + "/input/" + node).c_str(), O_CREAT | O_WRONLY, 0644);
     ::close(fd);
+}
+
+void FakeDeviceRoot::replaceNode(const std::string& node, const std::string& target) {
+    const std::string staging = root + "/input/staging-" + node;
+    [[maybe_unused]] int rc = ::symlink(target.c_str(), staging.c_str());
+    ::rename(staging.c_str(), (root + "/input/" + node).c_str());
 }
 
 void FakeDeviceRoot::removeNode(const std::string& node) {

@@ -38,6 +38,8 @@ public:
     // A node that exists but is no event device.
     void addBogusNode(const std::string& node);
     void removeNode(const std::string& node);
+    // Puts a link to `target` in the node's place in one step, as a rename.
+    void replaceNode(const std::string& node, const std::string& target);
 
 private:
     std::string root;

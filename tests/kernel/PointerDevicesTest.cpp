@@ -99,7 +99,7 @@ TEST_F(PointerDevices, AMousePluggedInLaterIsTakenAndReportedAndItsUnplugDropsIt
               (std::vector<InputEvent>{{EV_REL, REL_WHEEL, -1}}));
 }
 
-TEST_F(PointerDevices, ACloneIsNeverTakenNorCounted) {
+TEST_F(PointerDevices, ACloneKeepsTheIdentityAndIsNeverTakenNorCounted) {
     auto mouse = VirtualDevice::plug(usbMouse());
     start();
     openMonitor();
@@ -113,8 +113,28 @@ TEST_F(PointerDevices, ACloneIsNeverTakenNorCounted) {
     EXPECT_TRUE(current(mouse->path()));
     NodeReader clone(clones[0]);
     EXPECT_TRUE(clone.tryGrab()) << "the clone was grabbed";
+    const input_id cloneId = clone.id(), originalId = NodeReader(mouse->path()).id();
+    EXPECT_EQ(cloneId.bustype, originalId.bustype);
+    EXPECT_EQ(cloneId.vendor, originalId.vendor);
+    EXPECT_EQ(cloneId.product, originalId.product);
     EXPECT_EQ(nodesNamed("Tolvane Test USB Mouse", {mouse->path()}).size(), 1u)
         << "a clone of the clone was made";
+}
+
+TEST_F(PointerDevices, ANodeThatBecomesReadableOnlyLaterIsTakenAndReportedThen) {
+    auto mouse = VirtualDevice::plug(usbMouse());
+    FakeDeviceRoot root;
+    root.linkUinput();
+    root.addBogusNode("event50"); // there, but not yet an event device one can read
+    start(root.path());
+    openMonitor();
+    EXPECT_FALSE(layer->scrollTap().create(&PointerDevices::invert, nullptr));
+
+    root.replaceNode("event50", mouse->path()); // as when udev has fixed its permissions
+    ASSERT_TRUE(loop.turnUntil([&] { return added.size() == 1; }));
+    EXPECT_EQ(added[0].id, root.path() + "/input/event50");
+    EXPECT_TRUE(layer->scrollTap().create(&PointerDevices::invert, nullptr));
+    EXPECT_FALSE(NodeReader(mouse->path()).tryGrab()) << "the mouse was not taken";
 }
 
 } // namespace

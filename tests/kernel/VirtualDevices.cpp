@@ -173,6 +173,12 @@ bool NodeReader::tryGrab() {
     return true;
 }
 
+input_id NodeReader::id() const {
+    input_id id{};
+    ::ioctl(fd, EVIOCGID, &id);
+    return id;
+}
+
 bool NodeReader::grab() {
     return ::ioctl(fd, EVIOCGRAB, 1) == 0;
 }

@@ -2,6 +2,8 @@
 
 #include "TolvaneCore/InputEvent.h"
 
+#include <linux/input.h>
+
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -68,6 +70,7 @@ public:
     bool keyDown(std::uint16_t code) const;
     bool tryGrab(); // true when nobody else holds the device; released again at once
     bool grab();    // held until ungrab()
+    input_id id() const;
     void ungrab();
     int descriptor() const { return fd; }
 
