@@ -1,3 +1,4 @@
+#include "TolvaneCore/WheelEvents.h"
 #include "kernel/GuestFixture.h"
 
 #include <gtest/gtest.h>
@@ -150,6 +151,37 @@ TEST_F(KeyboardGrab, FailsWithNothingHeldWhenANodeCannotBeOpenedOrAKeyboardIsTak
     otherProgram.ungrab();
     EXPECT_TRUE(layer->keyboard().grab());
     EXPECT_FALSE(desktop.tryGrab());
+}
+
+TEST_F(KeyboardGrab, AWheelDeviceWithMediaKeysKeepsItsWheelAndLosesItsKeysWhileHeld) {
+    auto consumer = VirtualDevice::plug(consumerControl());
+    start();
+    ASSERT_TRUE(layer->scrollTap().create(
+        [](void*, InputEvent* events, std::size_t count) { negateWheelAxes(events, count); },
+        nullptr));
+    const auto clones = nodesNamed(consumerControl().name, {consumer->path()});
+    ASSERT_EQ(clones.size(), 1u);
+    NodeReader clone(clones[0]);
+
+    // Down on the clone when the hold begins: the hold lets go of it there. (Events are read
+    // before asking for key state, since EVIOCGKEY drops a reader's queued key events.)
+    consumer->key(KEY_VOLUMEUP, 1);
+    loop.settle();
+    EXPECT_EQ(withoutSync(clone.readAll()), (Events{{EV_KEY, KEY_VOLUMEUP, 1}}));
+    ASSERT_TRUE(layer->keyboard().grab());
+    EXPECT_EQ(withoutSync(clone.readAll()), (Events{{EV_KEY, KEY_VOLUMEUP, 0}}));
+    EXPECT_FALSE(clone.keyDown(KEY_VOLUMEUP)) << "a key stayed down on the clone";
+
+    consumer->key(KEY_VOLUMEUP, 0);
+    consumer->tap(KEY_MUTE);
+    consumer->frame({{EV_REL, REL_HWHEEL, 2}});
+    loop.settle();
+    EXPECT_EQ(withoutSync(clone.readAll()), (Events{{EV_REL, REL_HWHEEL, -2}}));
+
+    layer->keyboard().release();
+    consumer->tap(KEY_MUTE);
+    loop.settle();
+    EXPECT_EQ(withoutSync(clone.readAll()), (Events{{EV_KEY, KEY_MUTE, 1}, {EV_KEY, KEY_MUTE, 0}}));
 }
 
 TEST_F(KeyboardGrab, AMouseAnotherProgramHoldsStopsNeitherTheTapNorTheHold) {

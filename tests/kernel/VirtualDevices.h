@@ -67,6 +67,7 @@ public:
     std::vector<InputEvent> readAll();
     // Waits up to `ms` for something to read, then reads all.
     std::vector<InputEvent> readWithin(int ms);
+    // EVIOCGKEY: note that it also drops the key events still queued for this reader.
     bool keyDown(std::uint16_t code) const;
     bool tryGrab(); // true when nobody else holds the device; released again at once
     bool grab();    // held until ungrab()

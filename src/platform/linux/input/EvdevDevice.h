@@ -27,7 +27,8 @@ public:
     bool grab();
     void ungrab();
 
-    // Whether the kernel sees any key or button down on the device now.
+    // Whether the kernel sees any key or button down on the device now (EVIOCGKEY, which also
+    // drops the key events still queued for this descriptor).
     bool anyKeyDown() const;
 
 private:
