@@ -5,6 +5,9 @@
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QPainter>
+#include <QScreen>
+
+#include <algorithm>
 
 #include <cstdlib>
 
@@ -17,6 +20,10 @@ QList<CleaningOverlay*> overlayWindows() {
             found.append(overlay);
         }
     }
+    const QList<QScreen*> screens = QGuiApplication::screens();
+    std::stable_sort(found.begin(), found.end(), [&screens](QWidget* a, QWidget* b) {
+        return screens.indexOf(a->screen()) < screens.indexOf(b->screen());
+    });
     return found;
 }
 

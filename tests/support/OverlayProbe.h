@@ -14,7 +14,7 @@ namespace tolvane::testing {
 
 // Looks at what the cleaning overlays put on the screens, for app tests.
 
-// Every overlay window that exists, shown or not, in creation order.
+// Every overlay window that exists, shown or not, in the order of the screens they stand on.
 QList<CleaningOverlay*> overlayWindows();
 QList<CleaningOverlay*> visibleOverlayWindows();
 
