@@ -93,6 +93,9 @@ void KeyboardLock::showOverlayOn(QScreen* screen) {
     window->setWindowTitle(QStringLiteral("Tolvane"));
     window->setScreen(screen);
     window->setGeometry(screen->geometry());
+    // A screen whose resolution or place changes while locked stays covered.
+    connect(screen, &QScreen::geometryChanged, window,
+            [window](const QRect& geometry) { window->setGeometry(geometry); });
     window->show();
     window->raise();
     overlays.push_back({screen, window});

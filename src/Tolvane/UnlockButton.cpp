@@ -128,7 +128,11 @@ void UnlockButton::paintEvent(QPaintEvent*) {
 
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.drawImage(0, 0, glowImage(scaled, look));
+    if (glowProgress != hoverProgress || glow.size() != size()) {
+        glow = glowImage(scaled, look);
+        glowProgress = hoverProgress;
+    }
+    painter.drawImage(0, 0, glow);
     painter.fillPath(capsule(scaled), Theme::cleanGradient().over(scaled));
 
     // The label, scaled with the capsule about its centre.

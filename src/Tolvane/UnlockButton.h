@@ -43,6 +43,9 @@ private:
     void setHovering(bool hovering);
     QImage glowImage(const QRectF& capsule, const Look& look) const;
 
+    // The blurred glow of the last paint and the hover progress it was made for.
+    QImage glow;
+    qreal glowProgress = -1;
     bool isHovering = false;
     qreal hoverProgress = 0;
     QVariantAnimation hoverAnimation;

@@ -194,6 +194,17 @@ TEST_F(LockTest, AScreenThatComesWhileLockedGetsAnOverlayAndOneThatGoesTakesItsO
     EXPECT_FALSE(lock->locked());
 }
 
+TEST_F(LockTest, AnOverlayFollowsItsScreenWhenTheScreenChangesSize) {
+    ASSERT_TRUE(lock->lock());
+    const QRect larger(0, 0, 1280, 1024);
+    ASSERT_TRUE(setOffscreenScreens({{QString(), larger}}));
+    spinEventLoop(0);
+    ASSERT_EQ(QGuiApplication::primaryScreen()->geometry(), larger);
+    const QList<CleaningOverlay*> overlays = visibleOverlayWindows();
+    ASSERT_EQ(overlays.size(), 1);
+    EXPECT_EQ(overlays[0]->geometry(), larger);
+}
+
 TEST_F(LockTest, ScreensThatComeWhileUnlockedGetNothing) {
     ASSERT_TRUE(setOffscreenScreens(
         {{QString(), QRect(0, 0, 800, 800)}, {"side", QRect(800, 0, 640, 480)}}));
