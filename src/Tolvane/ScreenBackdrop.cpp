@@ -5,6 +5,8 @@
 #include <QPixmap>
 #include <QScreen>
 
+#include <algorithm>
+
 namespace tolvane {
 
 namespace {
