@@ -28,10 +28,10 @@ QPalette darkPanel() {
     return palette;
 }
 
-QImage renderOnPanel(QWidget& widget, const QPalette& panel, qreal scale) {
+QImage renderOnPanel(QWidget& widget, const QPalette& panel, qreal scale, QSize size) {
     widget.setPalette(panel);
     widget.ensurePolished();
-    widget.resize(widget.sizeHint());
+    widget.resize(size.isEmpty() ? widget.sizeHint() : size);
     QImage image((QSizeF(widget.size()) * scale).toSize(), QImage::Format_ARGB32_Premultiplied);
     image.setDevicePixelRatio(scale);
     image.fill(panel.color(QPalette::Window));

@@ -15,9 +15,9 @@ namespace tolvane::testing {
 QPalette lightPanel();
 QPalette darkPanel();
 
-// The widget at its size hint, painted with its children over the panel's window colour, as
-// the menu would show it.
-QImage renderOnPanel(QWidget& widget, const QPalette& panel, qreal scale = 1.0);
+// The widget at `size` (its size hint when empty), painted with its children over the panel's
+// window colour, as the menu would show it.
+QImage renderOnPanel(QWidget& widget, const QPalette& panel, qreal scale = 1.0, QSize size = {});
 
 // True when every channel of `a` lies within `tolerance` of `b`'s.
 bool closeTo(QColor a, QColor b, int tolerance = 24);
