@@ -1,3 +1,43 @@
-int main() {
+#include "Tolvane/AppDelegate.h"
+#include "Tolvane/Log.h"
+#include "platform/linux/AutostartLoginRegistration.h"
+#include "platform/linux/DeviceNodeAccess.h"
+#include "platform/linux/GSettingsScrollSetting.h"
+#include "platform/linux/LinuxInput.h"
+#include "platform/linux/ProcHostStatistics.h"
+#include "platform/linux/SingleInstanceLock.h"
+#include "platform/linux/SyslogSystemLog.h"
+
+#include <QApplication>
+#include <QTimer>
+
+using namespace tolvane;
+
+int main(int argc, char** argv) {
+    oslinux::SingleInstanceLock instance;
+    if (!instance.acquire()) {
+        return 0;
+    }
+
+    QApplication app(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("Tolvane"));
+    QApplication::setDesktopFileName(QStringLiteral("tolvane"));
+    // A tray program: no main window, and closing the overlays or an alert must not end it.
+    QApplication::setQuitOnLastWindowClosed(false);
+
+    oslinux::SyslogSystemLog systemLog;
+    Log::setSystemLog(&systemLog);
+
+    oslinux::LinuxInput input;
+    oslinux::DeviceNodeAccess access;
+    oslinux::ProcHostStatistics host;
+    oslinux::AutostartLoginRegistration login(QApplication::applicationFilePath().toStdString());
+    oslinux::GSettingsScrollSetting scrollSetting;
+    platform::Platform platform{access, input.scrollTap(), input.pointers(), input.keyboard(), host,
+                                login,  scrollSetting,     systemLog};
+
+    AppDelegate delegate(platform, AppDelegate::defaultSettingsPath());
+    QTimer::singleShot(0, &delegate, &AppDelegate::applicationDidFinishLaunching);
+    QApplication::exec();
     return 0;
 }

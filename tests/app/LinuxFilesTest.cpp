@@ -1,0 +1,129 @@
+#include "Tolvane/Log.h"
+#include "platform/linux/AutostartLoginRegistration.h"
+#include "platform/linux/SingleInstanceLock.h"
+#include "support/FakePlatform.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace tolvane::testing {
+namespace {
+
+class ConfigHome : public ::testing::Test {
+protected:
+    void SetUp() override {
+        saved = qgetenv("XDG_CONFIG_HOME");
+        qputenv("XDG_CONFIG_HOME", folder.path().toUtf8());
+    }
+    void TearDown() override { qputenv("XDG_CONFIG_HOME", saved); }
+
+    QString entry() const { return folder.path() + "/autostart/tolvane.desktop"; }
+
+    QTemporaryDir folder;
+    QByteArray saved;
+};
+
+TEST_F(ConfigHome, RegisteringWritesAnEntryThatReadsBackAsEnabled) {
+    oslinux::AutostartLoginRegistration login("/usr/bin/tolvane");
+    EXPECT_FALSE(login.isEnabled());
+    std::string failure;
+    ASSERT_TRUE(login.setEnabled(true, failure)) << failure;
+    EXPECT_TRUE(QFileInfo::exists(entry()));
+    EXPECT_TRUE(login.isEnabled());
+    EXPECT_EQ(QDir(folder.path() + "/autostart").entryList(QDir::Files).size(), 1);
+    ASSERT_TRUE(login.setEnabled(false, failure));
+    EXPECT_FALSE(QFileInfo::exists(entry()));
+    EXPECT_FALSE(login.isEnabled());
+    EXPECT_TRUE(login.setEnabled(false, failure)) << "removing an absent entry is no failure";
+}
+
+TEST_F(ConfigHome, HiddenOrForeignEntriesCountAsOffAndRegisteringReplacesThem) {
+    QDir().mkpath(folder.path() + "/autostart");
+    QFile file(entry());
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write("[Desktop Entry]\nExec=tolvane\nHidden=true\n");
+    file.close();
+    oslinux::AutostartLoginRegistration login("/usr/bin/tolvane");
+    EXPECT_FALSE(login.isEnabled());
+    std::string failure;
+    ASSERT_TRUE(login.setEnabled(true, failure));
+    EXPECT_TRUE(login.isEnabled());
+}
+
+TEST_F(ConfigHome, AFolderThatCannotBeMadeIsAFailureWithADescription) {
+    QFile blocker(folder.path() + "/autostart");
+    ASSERT_TRUE(blocker.open(QIODevice::WriteOnly)); // a file where the folder should be
+    blocker.close();
+    oslinux::AutostartLoginRegistration login("/usr/bin/tolvane");
+    std::string failure;
+    EXPECT_FALSE(login.setEnabled(true, failure));
+    EXPECT_FALSE(failure.empty());
+    EXPECT_FALSE(login.isEnabled());
+}
+
+class LogFile : public ::testing::Test {
+protected:
+    void SetUp() override { Log::setSystemLog(&fakes.systemLog); }
+    void TearDown() override { Log::setSystemLog(nullptr); }
+
+    QString path() const { return QString::fromStdString(Log::filePath()); }
+
+    FakePlatform fakes;
+};
+
+TEST_F(LogFile, AppendsLinesAndRecreatesAFileDeletedWhileRunning) {
+    Log::line("first");
+    QFile::remove(path());
+    Log::line("after delete: Mäus ✓");
+    QFile file(path());
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const QByteArray content = file.readAll();
+    EXPECT_FALSE(content.contains("first"));
+    EXPECT_TRUE(content.endsWith(" after delete: Mäus ✓\n")) << content.toStdString();
+    EXPECT_EQ(
+        fakes.recorder.calls,
+        (std::vector<std::string>{"log: Tolvane: first", "log: Tolvane: after delete: Mäus ✓"}));
+}
+
+TEST_F(LogFile, AnUnwritableLogStillReachesTheSystemLogAndReturns) {
+    Log::line("before");
+    QFile::remove(path());
+    QDir().mkpath(path()); // a folder in place of the file: no user can write it
+    Log::line("while blocked");
+    Log::line("");
+    QDir().rmdir(path());
+    EXPECT_EQ(fakes.recorder.calls,
+              (std::vector<std::string>{"log: Tolvane: before", "log: Tolvane: while blocked",
+                                        "log: Tolvane: "}));
+}
+
+TEST(SingleInstance, ASecondHolderIsRefusedUntilTheFirstEnds) {
+    QTemporaryDir runtime;
+    const QByteArray saved = qgetenv("XDG_RUNTIME_DIR");
+    qputenv("XDG_RUNTIME_DIR", runtime.path().toUtf8());
+    {
+        oslinux::SingleInstanceLock first;
+        ASSERT_TRUE(first.acquire());
+        const pid_t child = fork();
+        if (child == 0) {
+            oslinux::SingleInstanceLock second;
+            _exit(second.acquire() ? 1 : 0);
+        }
+        int status = 0;
+        waitpid(child, &status, 0);
+        EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << "second start not refused";
+    }
+    oslinux::SingleInstanceLock again;
+    EXPECT_TRUE(again.acquire());
+    qputenv("XDG_RUNTIME_DIR", saved);
+}
+
+} // namespace
+} // namespace tolvane::testing

@@ -1,0 +1,50 @@
+#include "TolvaneCore/AutostartEntry.h"
+
+#include <gtest/gtest.h>
+
+namespace tolvane {
+namespace {
+
+TEST(AutostartEntry, WhatTolvaneWritesCountsAsEnabled) {
+    const std::string entry = autostartEntryText("/usr/bin/tolvane");
+    EXPECT_NE(entry.find("[Desktop Entry]\n"), std::string::npos);
+    EXPECT_NE(entry.find("\nExec=/usr/bin/tolvane\n"), std::string::npos);
+    EXPECT_NE(entry.find("\nType=Application\n"), std::string::npos);
+    EXPECT_TRUE(autostartEntryEnabled(entry));
+    EXPECT_TRUE(autostartEntryEnabled(autostartEntryText("/opt/My Apps/tolvane")));
+}
+
+TEST(AutostartEntry, HiddenForeignOrGarbageEntriesAreNotEnabled) {
+    struct Case {
+        const char* what;
+        std::string content;
+        bool enabled;
+    };
+    const Case cases[] = {
+        {"empty", "", false},
+        {"garbage", "\x01\x02\xff not a desktop entry", false},
+        {"no group", "Exec=tolvane\n", false},
+        {"foreign program", "[Desktop Entry]\nType=Application\nExec=/usr/bin/other\n", false},
+        {"program named like it", "[Desktop Entry]\nExec=/usr/bin/tolvane-extra\n", false},
+        {"copied application entry", "[Desktop Entry]\nName=Tolvane\nExec=tolvane\n", true},
+        {"quoted path with blank", "[Desktop Entry]\nExec=\"/opt/a b/tolvane\" --x\n", true},
+        {"hidden", autostartEntryText("/usr/bin/tolvane") + "Hidden=true\n", false},
+        {"hidden false", autostartEntryText("/usr/bin/tolvane") + "Hidden=false\n", true},
+        {"hidden in another group",
+         autostartEntryText("/usr/bin/tolvane") + "[Desktop Action x]\nHidden=true\n", true},
+        {"exec only in another group", "[Desktop Entry]\nName=x\n[Other]\nExec=tolvane\n", false},
+        {"comments and CRLF", "# hi\r\n[Desktop Entry]\r\nExec=tolvane\r\n", true},
+    };
+    for (const Case& c : cases) {
+        EXPECT_EQ(autostartEntryEnabled(c.content), c.enabled) << c.what;
+    }
+}
+
+TEST(QuoteExecArgument, QuotesOnlyWhereTheDesktopEntryRulesNeedIt) {
+    EXPECT_EQ(quoteExecArgument("/usr/bin/tolvane"), "/usr/bin/tolvane");
+    EXPECT_EQ(quoteExecArgument("/opt/My Apps/tolvane"), "\"/opt/My Apps/tolvane\"");
+    EXPECT_EQ(quoteExecArgument("/a$b\"c`d\\e"), "\"/a\\$b\\\"c\\`d\\\\e\"");
+}
+
+} // namespace
+} // namespace tolvane
