@@ -9,7 +9,6 @@
 
 #include <algorithm>
 
-#include <cstdlib>
 
 namespace tolvane::testing {
 
@@ -51,13 +50,6 @@ QImage renderedPicture(QWidget& widget) {
     picture.fill(Qt::transparent);
     widget.render(&picture, QPoint(), QRegion(), QWidget::DrawChildren);
     return picture;
-}
-
-bool closeTo(QColor actual, QColor expected, int tolerance) {
-    return std::abs(actual.red() - expected.red()) <= tolerance &&
-           std::abs(actual.green() - expected.green()) <= tolerance &&
-           std::abs(actual.blue() - expected.blue()) <= tolerance &&
-           std::abs(actual.alpha() - expected.alpha()) <= tolerance;
 }
 
 std::string describe(QColor c) {

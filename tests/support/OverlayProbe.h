@@ -1,5 +1,7 @@
 #pragma once
 
+#include "support/ViewPixels.h"
+
 #include <QColor>
 #include <QImage>
 #include <QList>
@@ -24,8 +26,6 @@ void spinEventLoop(int ms);
 // The widget and its children painted onto a transparent picture, as its window shows it.
 QImage renderedPicture(QWidget& widget);
 
-// Whether each channel, alpha included, lies within `tolerance` of the expected colour.
-bool closeTo(QColor actual, QColor expected, int tolerance);
 
 // For failure messages: "rgba(1, 2, 3, 255)".
 std::string describe(QColor colour);

@@ -44,7 +44,8 @@ QImage renderOnPanel(QWidget& widget, const QPalette& panel, qreal scale, QSize 
 bool closeTo(QColor a, QColor b, int tolerance) {
     return std::abs(a.red() - b.red()) <= tolerance &&
            std::abs(a.green() - b.green()) <= tolerance &&
-           std::abs(a.blue() - b.blue()) <= tolerance;
+           std::abs(a.blue() - b.blue()) <= tolerance &&
+           std::abs(a.alpha() - b.alpha()) <= tolerance;
 }
 
 int countPixels(const QImage& image, const QRect& area, const std::function<bool(QColor)>& test) {

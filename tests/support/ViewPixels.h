@@ -19,7 +19,7 @@ QPalette darkPanel();
 // window colour, as the menu would show it.
 QImage renderOnPanel(QWidget& widget, const QPalette& panel, qreal scale = 1.0, QSize size = {});
 
-// True when every channel of `a` lies within `tolerance` of `b`'s.
+// True when every channel of `a`, alpha included, lies within `tolerance` of `b`'s.
 bool closeTo(QColor a, QColor b, int tolerance = 24);
 
 // Pixels of `area` that satisfy `test`.
