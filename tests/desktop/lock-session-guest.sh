@@ -1,0 +1,186 @@
+#!/bin/sh
+# The keyboard cleaning lock, end to end, inside the test kernel: Xvfb with two monitors, a
+# StatusNotifierItem host on a session bus, a virtual USB keyboard made through uinput, xev as
+# an ordinary window that should get the typing, and the real tolvane binary, started as root
+# so that it may use the input devices. Run by the guest's /init; run-lock-session.sh boots it
+# and checks the screenshots it sends.
+#
+# Lines for the host: "TOLVANE-STEP ...", "TOLVANE-FAIL: why", and screen dumps between
+# "TOLVANE-SHOT NAME" and "TOLVANE-SHOT-END", gzipped and in base64.
+set -u
+
+width=1024
+height=600
+fb=/tmp/fb/Xvfb_screen0
+log=/tmp/home/.local/state/Tolvane/Tolvane.log
+export HOME=/tmp/home XDG_CONFIG_HOME=/tmp/home/.config XDG_STATE_HOME=/tmp/home/.local/state
+export XDG_RUNTIME_DIR=/tmp/runtime DISPLAY=:0 QT_QPA_PLATFORM=xcb
+export ASAN_OPTIONS=detect_leaks=0:abort_on_error=0 UBSAN_OPTIONS=print_stacktrace=1
+mkdir -p /tmp/fb "$XDG_STATE_HOME" "$XDG_CONFIG_HOME" "$XDG_RUNTIME_DIR"
+chmod 700 "$XDG_RUNTIME_DIR"
+
+step() { echo "TOLVANE-STEP [$(cut -d' ' -f1 /proc/uptime)s] $*" >&2; }
+
+shot() {
+    echo "TOLVANE-SHOT $1"
+    gzip -1 -c "$fb" | base64
+    echo "TOLVANE-SHOT-END"
+}
+
+fail() {
+    echo "TOLVANE-FAIL: $*"
+    [ -e "$fb" ] && shot failure
+    for f in /tmp/tolvane.out /tmp/sni.log /tmp/xvfb.log "$log"; do
+        [ -e "$f" ] && echo "--- $f" && tail -n 30 "$f"
+    done
+    exit 1
+}
+
+uptime_seconds() { cut -d. -f1 /proc/uptime; }
+
+# wait_for DESCRIPTION COMMAND...: retries COMMAND for up to 20 s; emulation is slow.
+wait_for() {
+    what=$1
+    shift
+    deadline=$(($(uptime_seconds) + 20))
+    while [ "$(uptime_seconds)" -lt $deadline ]; do
+        if "$@" >/dev/null 2>&1; then
+            step "    $what"
+            return 0
+        fi
+        sleep 0.1
+    done
+    fail "timed out waiting for $what"
+}
+
+# "ID X Y WIDTH HEIGHT" for each viewable window of Tolvane.
+tolvane_windows() {
+    for id in $(xdotool search --onlyvisible --pid "$tolvane_pid" 2>/dev/null); do
+        eval "$(xdotool getwindowgeometry --shell "$id")"
+        echo "$id $X $Y $WIDTH $HEIGHT"
+    done
+}
+
+menu_window() { tolvane_windows | awk '$4 >= 300 && $5 >= 200 {print; exit 0} END {exit NR == 0}'; }
+menu_closed() { ! tolvane_windows | awk '$4 >= 300 && $5 >= 200 {found=1} END {exit !found}'; }
+
+# The overlays, one line each, as "X Y WIDTH HEIGHT", sorted from left to right.
+overlays() {
+    tolvane_windows | awk -v w=$width -v h=$height '$4 == w && $5 == h {print $2, $3, $4, $5}' |
+        sort -n
+}
+two_overlays() { [ "$(overlays | tr '\n' ' ')" = "0 0 $width $height $width 0 $width $height " ]; }
+no_overlay() { [ -z "$(overlays)" ]; }
+
+in_log() { grep -q "$1" "$log"; }
+key_presses() { grep -c '^KeyPress event' /tmp/xev.log; }
+
+# type_on_keyboard N: taps N keys on the virtual keyboard; prints what its plain reader saw.
+type_on_keyboard() {
+    before=$(grep -c '^typed' /tmp/keyboard.out)
+    echo "type $1" >/tmp/keys
+    wait_for "the virtual keyboard's report" \
+        sh -c "[ \$(grep -c '^typed' /tmp/keyboard.out) -gt $before ]"
+    grep '^typed' /tmp/keyboard.out | tail -n 1 | awk '{print $4}'
+}
+
+pointer_click() {
+    xdotool mousemove "$1" "$2"
+    sleep 0.3
+    xdotool click 1
+}
+
+step "a virtual USB keyboard"
+mkfifo /tmp/keys
+tolvane-lock-guest keyboard /tmp/keys >/tmp/keyboard.out 2>&1 &
+wait_for "the keyboard's node" grep -q '^keyboard /dev/input/event' /tmp/keyboard.out
+
+step "Xvfb with two monitors side by side"
+Xvfb :0 -screen 0 $((2 * width))x${height}x24 -wr -noreset -nolisten tcp -extension GLX \
+    -fbdir /tmp/fb >/tmp/xvfb.log 2>&1 &
+wait_for "the X server" xdotool getmouselocation
+# The left monitor takes the server's one output, "screen", so that the server drops the
+# monitor it would otherwise keep over the whole framebuffer; -noreset keeps both monitors
+# when the last client leaves.
+xrandr --setmonitor left $width/271x$height/159+0+0 screen
+xrandr --setmonitor right $width/271x$height/159+$width+0 none
+xrandr --listmonitors
+[ "$(xrandr --listmonitors | head -n 1)" = "Monitors: 2" ] || fail "not two monitors"
+
+step "a session bus and a StatusNotifierItem host"
+bus=$(dbus-daemon --session --fork --print-address=1 --nopidfile) || fail "no session bus"
+export DBUS_SESSION_BUS_ADDRESS=$bus
+mkfifo /tmp/host-input
+tolvane-sni-host </tmp/host-input >/tmp/sni.log 2>&1 &
+exec 7>/tmp/host-input
+wait_for "the watcher's name" grep -q watching /tmp/sni.log
+
+step "xev, an ordinary window with the keyboard focus"
+xev -geometry 240x120+40+440 >/tmp/xev.log 2>&1 &
+wait_for "xev's window" xdotool search --name '^Event Tester$'
+probe=$(xdotool search --name '^Event Tester$' | head -n 1)
+xdotool windowfocus --sync "$probe"
+xdotool type --delay 50 ab
+wait_for "xev's first key presses" sh -c '[ $(grep -c "^KeyPress event" /tmp/xev.log) -ge 2 ]'
+
+step "start tolvane"
+tolvane >/tmp/tolvane.out 2>&1 &
+tolvane_pid=$!
+wait_for "the tray item's registration" grep -q registered /tmp/sni.log
+in_log "tap creation failed" && fail "tolvane could not take the input devices"
+
+step "open the menu from the tray and choose Clean Keyboard"
+xdotool mousemove 200 100
+echo "activate 200 100" >&7
+wait_for "the menu" menu_window
+read -r _ menu_x menu_y menu_w menu_h <<EOF
+$(menu_window)
+EOF
+sleep 1
+shot menu
+disc=$(tolvane-lock-guest find "$fb" 22c1ee 24 "$menu_x" "$menu_y" "$menu_w" "$menu_h")
+set -- $disc
+[ "${1:-0}" -ge 20 ] || fail "no Clean Keyboard row with its cyan disc in the menu ($disc)"
+pointer_click $((($2 + $4) / 2)) $((($3 + $5) / 2))
+wait_for "the menu to close" menu_closed
+wait_for "the log line of the lock" in_log "keyboard lock: locked"
+wait_for "an overlay on each monitor" two_overlays
+sleep 1.5
+shot locked
+
+step "type while locked"
+presses=$(key_presses)
+xdotool type --delay 50 secret
+xdotool key ctrl+q
+seen=$(type_on_keyboard 6)
+sleep 0.5
+[ "$seen" = 0 ] || fail "a plain reader of the keyboard saw $seen key events while locked"
+[ "$(key_presses)" = "$presses" ] || fail "xev got $(($(key_presses) - presses)) key presses while locked"
+kill -0 "$tolvane_pid" || fail "tolvane ended while locked"
+two_overlays || fail "the overlays changed while typing: $(overlays | tr '\n' ' ')"
+
+step "click Unlock keyboard on the right monitor"
+button=$(tolvane-lock-guest find "$fb" 22c1ee 24 $width $((height / 2 + 50)) $width $((height / 2 - 50)))
+set -- $button
+[ "${1:-0}" -ge 20 ] || fail "no unlock button on the right monitor ($button)"
+pointer_click $((($2 + $4) / 2)) $((($3 + $5) / 2))
+wait_for "the log line of the unlock" in_log "keyboard lock: unlocked"
+wait_for "both overlays to go" no_overlay
+sleep 0.5
+shot unlocked
+
+step "type after the unlock"
+seen=$(type_on_keyboard 6)
+[ "$seen" = 12 ] || fail "a plain reader saw $seen key events after the unlock, not 12"
+presses=$(key_presses)
+xdotool windowfocus --sync "$probe"
+xdotool type --delay 50 abc
+wait_for "xev's key presses again" sh -c "[ \$(grep -c '^KeyPress event' /tmp/xev.log) -ge $((presses + 3)) ]"
+kill -0 "$tolvane_pid" || fail "tolvane ended"
+
+echo "TOLVANE-LOG-BEGIN"
+cat "$log"
+echo "TOLVANE-LOG-END"
+kill "$tolvane_pid"
+echo "quit" >/tmp/keys
+step "done"

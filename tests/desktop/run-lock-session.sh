@@ -1,0 +1,127 @@
+#!/bin/bash
+# The keyboard cleaning lock of the real binary on a two-monitor Xvfb, inside the test kernel
+# under qemu: only there are /dev/uinput and real event nodes, so only there may the lock
+# take the keyboards. The host copies Xvfb, xrandr, xdotool, xev, dbus-daemon, Tolvane, the SNI
+# host and every library, plugin, font and keymap they load into an initramfs, boots it, and
+# checks the screen dumps that lock-session-guest.sh sends back over the serial console.
+#
+#   run-lock-session.sh TOLVANE SNI_HOST GUEST_TOOL WORK_DIR
+#
+# The screenshots (PNG) and the guest's log stay in WORK_DIR. The kernel is shared with the
+# kernel tier ($TOLVANE_KERNEL_CACHE, default ~/.cache/tolvane-kernel).
+set -euo pipefail
+
+tolvane=$(realpath "$1")
+sni_host=$(realpath "$2")
+guest_tool=$(realpath "$3")
+mkdir -p "$4"
+work=$(realpath "$4")
+here=$(cd "$(dirname "$0")" && pwd)
+cache=${TOLVANE_KERNEL_CACHE:-$HOME/.cache/tolvane-kernel}
+tier=desktop
+# shellcheck source=../kernel/guest-lib.sh
+source "$here/../kernel/guest-lib.sh"
+# shellcheck source=guest-root-lib.sh
+source "$here/guest-root-lib.sh"
+
+width=1024
+height=600
+
+build_root() {
+    local root=$work/root program
+    start_guest_root "$root"
+    for program in Xvfb xkbcomp xrandr xdotool xev dbus-daemon convert; do
+        command -v "$program" >/dev/null ||
+            fail "$program is missing on the host (scripts/install-deps --tests)"
+    done
+    for program in Xvfb xkbcomp xrandr xdotool xev dbus-daemon; do
+        copy_program "$root" "$(command -v "$program")" "/usr/bin/$program"
+    done
+    copy_program "$root" "$tolvane" /usr/bin/tolvane
+    copy_program "$root" "$sni_host" /usr/bin/tolvane-sni-host
+    cp "$guest_tool" "$root/usr/bin/tolvane-lock-guest"
+    copy_qt_runtime "$root"
+    copy_x_data "$root"
+    cp "$here/lock-session-guest.sh" "$root/lock-session.sh"
+    cat >"$root/init" <<'INIT'
+#!/bin/busybox sh
+/bin/busybox --install -s
+mount -t proc proc /proc
+mount -t sysfs sysfs /sys
+mount -t devtmpfs devtmpfs /dev
+mount -t tmpfs tmpfs /tmp
+mkdir -p /dev/shm /dev/pts && mount -t tmpfs tmpfs /dev/shm && mount -t devpts devpts /dev/pts
+insmod /lib/evdev.ko
+insmod /lib/uinput.ko
+echo "TOLVANE-GUEST: start"
+sh /lock-session.sh
+echo "TOLVANE-GUEST: result $?"
+poweroff -f
+INIT
+    chmod +x "$root/init"
+    # Uncompressed: the guest would spend longer unpacking it than the host saves in copying.
+    (cd "$root" && find . | cpio -o -H newc -R 0:0 --quiet >"$work/initramfs.cpio")
+    rm -rf "$root"
+}
+
+# Each dump between its markers in the guest's log becomes NAME.png.
+extract_shots() {
+    local name
+    for name in $(sed -n 's/^TOLVANE-SHOT \(.*\)$/\1/p' "$work/guest.txt"); do
+        sed -n "/^TOLVANE-SHOT $name\$/,/^TOLVANE-SHOT-END\$/p" "$work/guest.txt" |
+            sed '1d;$d' | base64 -d | gunzip >"$work/$name.xwd" || fail "cannot decode $name"
+        convert "xwd:$work/$name.xwd" "$work/$name.png" || fail "cannot convert $name"
+        rm -f "$work/$name.xwd"
+    done
+}
+
+# Pixels of FILE's rectangle W H X Y within FUZZ percent of COLOUR, which must not be black.
+count_in() {
+    convert "$1" -crop "$2x$3+$4+$5" +repage -alpha off -fuzz "$7%" -fill black +opaque "$6" \
+        -fill white -opaque "$6" -colorspace gray -format '%[fx:round(mean*w*h)]' info:
+}
+
+# Each monitor of the locked screen is covered edge to edge by a darkened picture of itself
+# (white turns grey), with the unlock capsule and the white heading in the middle; before the
+# lock and after it, the same monitor is the white root window again.
+check_shots() {
+    local area=$((width * height)) left white grey capsule heading
+    for left in 0 $width; do
+        white=$(count_in "$work/locked.png" $width $height $left 0 white 2)
+        grey=$(count_in "$work/locked.png" $width $height $left 0 'rgb(166,166,166)' 6)
+        capsule=$(count_in "$work/locked.png" $width $((height / 2)) $left $((height / 2)) \
+            'rgb(34,193,238)' 10)
+        heading=$(count_in "$work/locked.png" 400 60 $((left + width / 2 - 200)) \
+            $((height / 2 - 60)) white 2)
+        echo "locked, monitor at x=$left: white $white, darkened $grey, capsule $capsule," \
+            "heading $heading"
+        [[ $white -lt $((area / 100)) ]] || fail "the monitor at x=$left is not covered"
+        [[ $grey -gt $((area * 8 / 10)) ]] || fail "the monitor at x=$left is not darkened"
+        [[ $capsule -ge 50 ]] || fail "no unlock button on the monitor at x=$left"
+        [[ $heading -ge 300 ]] || fail "no heading on the monitor at x=$left"
+        white=$(count_in "$work/unlocked.png" $width $height $left 0 white 2)
+        echo "unlocked, monitor at x=$left: white $white"
+        [[ $white -gt $((area * 9 / 10)) ]] || fail "the monitor at x=$left stays covered"
+    done
+    white=$(count_in "$work/menu.png" $width $height $width 0 white 2)
+    [[ $white -gt $((area * 9 / 10)) ]] || fail "the right monitor was not white before the lock"
+}
+
+mkdir -p "$work"
+exec 9>"$work/.lock"
+flock 9
+rm -f "$work"/*.png
+prepare_guest
+started=$SECONDS
+build_root
+echo "initramfs: $(($(stat -c %s "$work/initramfs.cpio") / 1048576)) MB in $((SECONDS - started)) s"
+boot_guest "$work/initramfs.cpio" 1536 150
+rm -f "$work/initramfs.cpio"
+grep -E '^TOLVANE-(STEP|FAIL|GUEST)|^Monitors|^ [0-9]:' "$work/guest.txt" || true
+sed -n '/^TOLVANE-LOG-BEGIN$/,/^TOLVANE-LOG-END$/p' "$work/guest.txt" | sed '1d;$d'
+extract_shots
+result=$(sed -n 's/.*TOLVANE-GUEST: result \([0-9]*\)$/\1/p' "$work/guest.txt")
+[ -n "$result" ] || fail "the guest ended without a result line (see $work/guest.log)"
+[ "$result" = 0 ] || fail "the lock session failed in the guest (see $work/guest.txt)"
+check_shots
+echo "PASS (lock session; screenshots in $work)"
