@@ -2,29 +2,55 @@
 // by the program itself: tray hosts that export menus over D-Bus drop the widget rows.
 #include "Tolvane/AppDelegate.h"
 
+#include "Tolvane/MenuViews.h"
+#include "Tolvane/StatusMenu.h"
+#include "Tolvane/Symbols.h"
+
 #include <QAction>
 #include <QApplication>
 #include <QCursor>
 #include <QMenu>
 #include <QTimer>
+#include <QWidgetAction>
 
 namespace tolvane {
 
 QMenu* AppDelegate::buildMenu() {
-    auto* menu = new QMenu();
+    auto* menu = new StatusMenu();
     connect(menu, &QMenu::aboutToShow, this, &AppDelegate::menuWillOpen);
     connect(menu, &QMenu::aboutToHide, this, &AppDelegate::menuDidClose);
+
+    menu->addAction(hostedMenuItem(
+        new HeaderView(state.mode == ScrollMode::mouse, state.mouseConnected), menu));
 
     if (!platform.access.isTrusted()) {
         QAction* warning = menu->addAction(QStringLiteral("\u26A0\uFE0E Needs input access"));
         connect(warning, &QAction::triggered, this, &AppDelegate::openAccessibility);
     }
+
+    menu->addAction(hostedMenuItem(new StatsView(stats), menu));
+
+    QPointer<AppDelegate> weak(this);
+    auto startCleaningLater = [weak] {
+        if (weak) {
+            weak->startCleaning();
+        }
+    };
+    menu->addAction(hostedMenuItem(
+        new CleanKeyboardRow(platform.access.isTrusted(), startCleaningLater), menu));
+
     menu->addSeparator();
+    menu->addAction(hostedMenuItem(new SectionCaption(QStringLiteral("Scrolling")), menu));
 
     QAction* toggle = menu->addAction(state.mode == ScrollMode::mouse
                                           ? QStringLiteral("Switch to Natural scrolling")
                                           : QStringLiteral("Switch to Mouse scrolling"));
-    toggle->setShortcut(QKeySequence(QStringLiteral("Ctrl+T")));
+    const QPalette panel = QApplication::palette(menu);
+    toggle->setIcon(Symbols::icon(QStringLiteral("arrow.up.arrow.down"),
+                                  panel.color(QPalette::Active, QPalette::Text),
+                                  panel.color(QPalette::Active, QPalette::HighlightedText)));
+    toggle->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_T));
+    toggle->setShortcutVisibleInContextMenu(true);
     connect(toggle, &QAction::triggered, this, &AppDelegate::manualToggle);
 
     QAction* autoSwitch = menu->addAction(QStringLiteral("Auto-switch when mouse connects"));
@@ -40,7 +66,8 @@ QMenu* AppDelegate::buildMenu() {
     connect(login, &QAction::triggered, this, &AppDelegate::toggleLogin);
 
     QAction* quitAction = menu->addAction(QStringLiteral("Quit Tolvane"));
-    quitAction->setShortcut(QKeySequence(QStringLiteral("Ctrl+Q")));
+    quitAction->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
+    quitAction->setShortcutVisibleInContextMenu(true);
     connect(quitAction, &QAction::triggered, this, &AppDelegate::quit);
     return menu;
 }
@@ -76,6 +103,10 @@ void AppDelegate::menuDidClose() {
 void AppDelegate::startCleaning() {
     if (currentMenu) {
         currentMenu->hide();
+    }
+    // A render while the menu was open installed a newer menu; the one on screen is older.
+    if (auto* open = qobject_cast<QMenu*>(QApplication::activePopupWidget())) {
+        open->hide();
     }
     QPointer<AppDelegate> weak(this);
     QTimer::singleShot(timing.cleaningDelay, this, [weak] {

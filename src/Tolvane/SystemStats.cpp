@@ -41,7 +41,9 @@ void SystemStats::sample() {
 
     const std::uint64_t total = host.physicalMemoryBytes();
     if (const auto used = host.memoryUsedBytes()) {
-        setMemory(memoryReading(*used, total));
+        if (auto reading = memoryReading(*used, total)) {
+            setMemory(std::move(*reading));
+        }
     }
 
     if (const auto volume = host.rootVolume()) {

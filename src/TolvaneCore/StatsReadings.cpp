@@ -14,7 +14,7 @@ std::optional<Reading> cpuReading(std::optional<TickPair> last, TickPair now, in
     double fraction = 0;
     if (!last) {
         fraction = now.total == 0 ? 0.0 : double(now.busy) / double(now.total);
-    } else if (now.total > last->total) {
+    } else if (now.total > last->total && now.busy >= last->busy) {
         fraction = double(now.busy - last->busy) / double(now.total - last->total);
     } else {
         return std::nullopt;
@@ -22,8 +22,11 @@ std::optional<Reading> cpuReading(std::optional<TickPair> last, TickPair now, in
     return Reading{fraction, std::to_string(processors) + " cores"};
 }
 
-Reading memoryReading(std::uint64_t usedBytes, std::uint64_t totalBytes) {
+std::optional<Reading> memoryReading(std::uint64_t usedBytes, std::uint64_t totalBytes) {
     constexpr double gibibyte = 1073741824.0;
+    if (totalBytes == 0) {
+        return std::nullopt;
+    }
     return Reading{double(usedBytes) / double(totalBytes),
                    gigabyteText(double(usedBytes) / gibibyte) + " / " +
                        gigabyteText(double(totalBytes) / gibibyte)};

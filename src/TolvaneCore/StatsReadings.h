@@ -23,11 +23,13 @@ struct TickPair {
 std::string gigabyteText(double gigabytes);
 
 // The CPU reading for new counters, given the last stored ones: since boot on the first
-// sample, otherwise over the interval; absent when the total has not advanced.
+// sample, otherwise over the interval. Absent when the total has not advanced (a counter
+// wrapped or was reset) or the busy count fell, which no real interval can give.
 std::optional<Reading> cpuReading(std::optional<TickPair> last, TickPair now, int processors);
 
-// Memory in use over installed memory, in binary gigabytes.
-Reading memoryReading(std::uint64_t usedBytes, std::uint64_t totalBytes);
+// Memory in use over installed memory, in binary gigabytes; absent when the installed memory
+// is unknown (zero).
+std::optional<Reading> memoryReading(std::uint64_t usedBytes, std::uint64_t totalBytes);
 
 struct StorageUse {
     std::int64_t used;

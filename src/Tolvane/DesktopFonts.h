@@ -1,0 +1,17 @@
+#pragma once
+
+#include <QFont>
+
+namespace tolvane::DesktopFonts {
+
+// The desktop's user-interface font at a size in pixels and a weight.
+QFont ui(int pixels, QFont::Weight weight = QFont::Normal);
+
+// A rounded face where one is installed (a family whose name says "Rounded" or "Round"),
+// else the same as ui().
+QFont rounded(int pixels, QFont::Weight weight = QFont::Normal);
+
+// The desktop's fixed-width font, for digits that must not shift as they change.
+QFont monospaced(int pixels, QFont::Weight weight = QFont::Normal);
+
+} // namespace tolvane::DesktopFonts

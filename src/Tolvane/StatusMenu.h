@@ -1,0 +1,18 @@
+#pragma once
+
+#include <QMenu>
+
+namespace tolvane {
+
+// The tray's menu. While a popup menu is open it holds the keyboard, and Qt's shortcut map
+// does not look at the items of a menu that belongs to no menu bar; so the menu answers its
+// items' shortcuts itself: it closes, as on a click, and triggers the item.
+class StatusMenu final : public QMenu {
+public:
+    explicit StatusMenu(QWidget* parent = nullptr) : QMenu(parent) {}
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override;
+};
+
+} // namespace tolvane

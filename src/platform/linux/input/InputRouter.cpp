@@ -1,0 +1,172 @@
+// The registry of input nodes and the roles that decide which of them are opened and taken.
+// The thing easy to get wrong: the program's own clones appear as new input nodes too, and
+// taking one would feed its events back into itself; they are recognised by the node each
+// clone was given when it was made, never by name.
+#include "platform/linux/input/InputRouter.h"
+
+#include "platform/linux/input/NodeWatch.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace tolvane::oslinux {
+
+InputRouter::InputRouter(EventLoop& loop, std::string deviceRoot, GrabWatchdog& watchdog)
+    : loop(loop), root(std::move(deviceRoot)), watchdog(watchdog) {}
+
+InputRouter::~InputRouter() {
+    for (auto& [node, entry] : known) {
+        if (entry.routed) {
+            letGo(*entry.routed);
+        }
+    }
+    loop.setHeartbeat({});
+}
+
+std::string InputRouter::pathOf(const std::string& node) const {
+    return root + "/input/" + node;
+}
+
+void InputRouter::nodeAppeared(const std::string& node) {
+    if (isOwnClone(node)) {
+        return;
+    }
+    Known& entry = known[node];
+    if (entry.capabilities) {
+        return;
+    }
+    if (!learn(node, entry)) {
+        if (errno == ENOENT || errno == ENODEV || errno == ENXIO) {
+            known.erase(node);
+        }
+        return;
+    }
+    applyRoles(node, entry);
+    if (entry.pointer && pointerCallbacks.added) {
+        pointerCallbacks.added({pathOf(node), entry.properties});
+    }
+}
+
+void InputRouter::nodeVanished(const std::string& node) {
+    const auto found = known.find(node);
+    if (found == known.end()) {
+        return;
+    }
+    Known entry = std::move(found->second);
+    known.erase(found);
+    if (entry.routed) {
+        letGo(*entry.routed);
+        entry.routed.reset();
+        updateHeartbeat();
+    }
+    if (entry.pointer && pointerCallbacks.removed) {
+        pointerCallbacks.removed({pathOf(node), entry.properties});
+    }
+}
+
+bool InputRouter::learn(const std::string& node, Known& entry) {
+    const auto device = EvdevDevice::open(pathOf(node));
+    if (!device) {
+        return false;
+    }
+    entry.capabilities = device->capabilities();
+    entry.properties = pointerPropertiesOf(*entry.capabilities);
+    entry.pointer = matchesPointerUsage(entry.properties);
+    return true;
+}
+
+bool InputRouter::allNodesReadable() {
+    for (const std::string& node : listEventNodes(root)) {
+        if (!isOwnClone(node) && known.count(node) == 0) {
+            nodeAppeared(node);
+        }
+    }
+    for (auto& [node, entry] : known) {
+        if (!entry.capabilities && !learn(node, entry)) {
+            return false;
+        }
+        // access() and not a trial open: closing an evdev descriptor waits for an RCU grace
+        // period, which would make every hold cost a few milliseconds per device.
+        if (!entry.routed && ::access(pathOf(node).c_str(), R_OK) != 0 && errno != ENOENT) {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool InputRouter::startWheelTap(platform::WheelEventFilter wheelFilter, void* context) {
+    const int uinput = ::open((root + "/uinput").c_str(), O_RDWR | O_CLOEXEC);
+    if (uinput < 0) {
+        return false;
+    }
+    ::close(uinput);
+    if (!allNodesReadable()) {
+        return false;
+    }
+    tapping = true;
+    filter = wheelFilter;
+    filterContext = context;
+    for (auto& [node, entry] : known) {
+        if (takesWheel(entry) && applyRoles(node, entry) == Outcome::failed) {
+            tapping = false;
+            for (auto& [other, otherEntry] : known) {
+                if (takesWheel(otherEntry)) {
+                    applyRoles(other, otherEntry);
+                }
+            }
+            return false;
+        }
+    }
+    return true;
+}
+
+bool InputRouter::holdKeyboards() {
+    if (holding) {
+        return true;
+    }
+    if (!allNodesReadable()) {
+        return false;
+    }
+    holding = true;
+    for (auto& [node, entry] : known) {
+        if (takesKeys(entry) && applyRoles(node, entry) != Outcome::done) {
+            releaseKeyboards();
+            return false;
+        }
+    }
+    return true;
+}
+
+void InputRouter::releaseKeyboards() {
+    holding = false;
+    for (auto& [node, entry] : known) {
+        if (takesKeys(entry)) {
+            applyRoles(node, entry);
+        }
+    }
+}
+
+bool InputRouter::takesWheel(const Known& entry) {
+    return entry.capabilities && hasWheel(*entry.capabilities);
+}
+
+bool InputRouter::takesKeys(const Known& entry) {
+    return entry.capabilities && keyHoldFor(*entry.capabilities) != KeyHold::none;
+}
+
+void InputRouter::setPointerCallbacks(platform::PointerDevices::Callbacks callbacks) {
+    pointerCallbacks = std::move(callbacks);
+}
+
+std::vector<platform::PointerDevice> InputRouter::pointerDevices() const {
+    std::vector<platform::PointerDevice> devices;
+    for (const auto& [node, entry] : known) {
+        if (entry.pointer) {
+            devices.push_back({pathOf(node), entry.properties});
+        }
+    }
+    return devices;
+}
+
+} // namespace tolvane::oslinux

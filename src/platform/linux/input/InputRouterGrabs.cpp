@@ -1,0 +1,171 @@
+// Taking and giving back one device: grab, clone, watch, and the watchdog's list. The thing
+// easy to get wrong: a device may only be taken while nothing on it is down (EVIOCGKEY), or
+// the desktop keeps that key or button pressed and repeats it; a device with something down
+// is watched until it is idle and taken then.
+#include "platform/linux/input/InputRouter.h"
+
+#include <algorithm>
+
+namespace tolvane::oslinux {
+
+InputRouter::Outcome InputRouter::applyRoles(const std::string& node, Known& entry) {
+    if (!entry.capabilities) {
+        return Outcome::done;
+    }
+    const bool wheelRole = tapping && hasWheel(*entry.capabilities);
+    const bool keyRole = holding && keyHoldFor(*entry.capabilities) != KeyHold::none;
+    if (!entry.routed) {
+        if (!wheelRole && !keyRole) {
+            return Outcome::done;
+        }
+        auto device = EvdevDevice::open(pathOf(node));
+        if (!device) {
+            return Outcome::failed;
+        }
+        entry.routed = std::make_unique<RoutedDevice>(node, std::move(device));
+    }
+    RoutedDevice& device = *entry.routed;
+    device.wheelRole = wheelRole;
+    device.keyRole = keyRole;
+    device.filter = wheelRole ? filter : nullptr;
+    device.filterContext = filterContext;
+    const Outcome outcome = settle(device);
+    if (outcome != Outcome::done || !device.wantsGrab()) {
+        letGo(device);
+        entry.routed.reset();
+    }
+    updateHeartbeat();
+    return outcome;
+}
+
+InputRouter::Outcome InputRouter::settle(RoutedDevice& device) {
+    if (!device.wantsGrab()) {
+        return Outcome::done;
+    }
+    const bool needsClone = device.wantsClone() && !device.clone;
+    if (needsClone) {
+        device.clone = UinputClone::create(device.evdev().evdev(), root + "/uinput");
+        if (!device.clone) {
+            return Outcome::failed;
+        }
+        cloneNodes.insert(device.clone->nodeName());
+    } else if (!device.wantsClone() && device.clone) {
+        dropClone(device);
+    }
+    if (device.grabbed) {
+        if (device.keyRole && device.clone) {
+            device.clone->releaseKeysDown(device.evdev().evdev(), &isSwallowedKey);
+        }
+        return Outcome::done;
+    }
+    if (device.evdev().anyKeyDown()) {
+        takeWhenIdle(device);
+        return Outcome::done;
+    }
+    if (!device.evdev().grab()) {
+        dropClone(device);
+        return Outcome::refused;
+    }
+    if (device.evdev().anyKeyDown()) {
+        // A press slipped in between the check and the grab: give it back and wait.
+        device.evdev().ungrab();
+        takeWhenIdle(device);
+        return Outcome::done;
+    }
+    device.grabbed = true;
+    device.waitingForIdle = false;
+    ++grabbedCount;
+    watchdog.track(device.evdev().fd());
+    watch(device);
+    return Outcome::done;
+}
+
+void InputRouter::takeWhenIdle(RoutedDevice& device) {
+    device.waitingForIdle = true;
+    watch(device);
+}
+
+void InputRouter::letGo(RoutedDevice& device) {
+    const int fd = device.evdev().fd();
+    if (device.watched) {
+        loop.unwatch(fd);
+        device.watched = false;
+    }
+    if (device.grabbed) {
+        watchdog.untrack(fd);
+        device.evdev().ungrab();
+        device.grabbed = false;
+        --grabbedCount;
+    }
+    device.waitingForIdle = false;
+    dropClone(device);
+}
+
+void InputRouter::dropClone(RoutedDevice& device) {
+    if (device.clone) {
+        cloneNodes.erase(device.clone->nodeName());
+        device.clone.reset();
+    }
+}
+
+void InputRouter::watch(RoutedDevice& device) {
+    if (device.watched) {
+        return;
+    }
+    device.watched = true;
+    loop.watchReadable(device.evdev().fd(), [this, &device] { onReadable(device); });
+}
+
+void InputRouter::onReadable(RoutedDevice& device) {
+    if (device.readPendingEvents() == RoutedDevice::ReadResult::vanished) {
+        const std::string node = device.node();
+        nodeVanished(node); // destroys `device`
+        return;
+    }
+    if (!device.waitingForIdle || device.evdev().anyKeyDown()) {
+        return;
+    }
+    device.waitingForIdle = false;
+    if (settle(device) != Outcome::done) {
+        const std::string node = device.node();
+        letGo(device);
+        known[node].routed.reset(); // destroys `device`
+    }
+    updateHeartbeat();
+}
+
+void InputRouter::updateHeartbeat() {
+    const bool wanted = grabbedCount > 0;
+    if (wanted == heartbeatOn) {
+        return;
+    }
+    heartbeatOn = wanted;
+    if (!wanted) {
+        loop.setHeartbeat({});
+        return;
+    }
+    loop.setHeartbeat([this] {
+        watchdog.beat();
+        const std::vector<int> released = watchdog.takeReleased();
+        if (!released.empty()) {
+            recoverFromStall(released);
+        }
+    });
+}
+
+void InputRouter::recoverFromStall(const std::vector<int>& released) {
+    // The watchdog let go of these grabs while the loop stood still; it turns again, so take
+    // them back, each once nothing on it is down.
+    for (auto& [node, entry] : known) {
+        RoutedDevice* device = entry.routed.get();
+        if (!device || !device->grabbed ||
+            std::find(released.begin(), released.end(), device->evdev().fd()) == released.end()) {
+            continue;
+        }
+        device->grabbed = false;
+        --grabbedCount;
+        applyRoles(node, entry);
+    }
+}
+
+} // namespace tolvane::oslinux

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "platform/linux/input/EventLoop.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace tolvane::oslinux {
+
+// Arrival and removal of input event nodes, by node name ("event7"). An arrival may repeat
+// for a node already known, for instance when its permissions change.
+struct NodeCallbacks {
+    std::function<void(const std::string& node)> appeared;
+    std::function<void(const std::string& node)> vanished;
+};
+
+class NodeWatch {
+public:
+    virtual ~NodeWatch() = default;
+};
+
+// Follows udevd's announcements, which come after udev has set the node's permissions.
+// Absent when this build has no udev or no udevd answers.
+std::unique_ptr<NodeWatch> watchNodesWithUdev(EventLoop& loop, NodeCallbacks callbacks);
+
+// Follows the device directory itself; works with no udevd at all. Absent when inotify fails.
+std::unique_ptr<NodeWatch> watchNodesWithInotify(EventLoop& loop, const std::string& deviceRoot,
+                                                 NodeCallbacks callbacks);
+
+// The event nodes present now under deviceRoot/input, in number order.
+std::vector<std::string> listEventNodes(const std::string& deviceRoot);
+
+bool isEventNodeName(const std::string& name);
+
+} // namespace tolvane::oslinux

@@ -1,0 +1,71 @@
+// Clones are uinput devices created from the original's libevdev description. The thing easy
+// to get wrong: a clone that keeps EV_REP makes the kernel auto-repeat its keys on top of the
+// repeats already coming from the original, so the clone is made without it.
+#include "platform/linux/input/UinputClone.h"
+
+#include <libevdev/libevdev-uinput.h>
+#include <libevdev/libevdev.h>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace tolvane::oslinux {
+
+std::unique_ptr<UinputClone> UinputClone::create(libevdev* original,
+                                                 const std::string& uinputPath) {
+    const int fd = ::open(uinputPath.c_str(), O_RDWR | O_CLOEXEC);
+    if (fd < 0) {
+        return nullptr;
+    }
+    libevdev_disable_event_type(original, EV_REP);
+    libevdev_uinput* device = nullptr;
+    if (libevdev_uinput_create_from_device(original, fd, &device) != 0) {
+        ::close(fd);
+        return nullptr;
+    }
+    const char* devnode = libevdev_uinput_get_devnode(device);
+    const std::string path = devnode ? devnode : "";
+    const auto slash = path.rfind('/');
+    if (slash == std::string::npos || slash + 1 == path.size()) {
+        libevdev_uinput_destroy(device);
+        ::close(fd);
+        return nullptr;
+    }
+    return std::unique_ptr<UinputClone>(new UinputClone(device, fd, path.substr(slash + 1)));
+}
+
+UinputClone::UinputClone(libevdev_uinput* device, int uinputFd, std::string node)
+    : device(device), uinputFd(uinputFd), node(std::move(node)) {}
+
+UinputClone::~UinputClone() {
+    libevdev_uinput_destroy(device);
+    ::close(uinputFd);
+}
+
+void UinputClone::writeFrame(const InputEvent* events, std::size_t count) {
+    const std::size_t n = count < frameCapacity ? count : frameCapacity;
+    for (std::size_t i = 0; i < n; ++i) {
+        out[i].type = events[i].type;
+        out[i].code = events[i].code;
+        out[i].value = events[i].value;
+    }
+    // uinput takes a whole frame in one write; it never blocks and a failure has no remedy.
+    [[maybe_unused]] const ssize_t written = ::write(uinputFd, out.data(), n * sizeof(input_event));
+}
+
+void UinputClone::releaseKeysDown(const libevdev* state, bool (*which)(std::uint16_t keyCode)) {
+    std::size_t n = 0;
+    for (unsigned c = 0; c < KEY_CNT && n + 1 < frameCapacity; ++c) {
+        const auto key = static_cast<std::uint16_t>(c);
+        if (which(key) && libevdev_get_event_value(state, EV_KEY, c) != 0) {
+            out[n++] = input_event{{}, EV_KEY, key, 0};
+        }
+    }
+    if (n == 0) {
+        return;
+    }
+    out[n++] = input_event{{}, EV_SYN, SYN_REPORT, 0};
+    [[maybe_unused]] const ssize_t written = ::write(uinputFd, out.data(), n * sizeof(input_event));
+}
+
+} // namespace tolvane::oslinux

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "TolvaneCore/InputEvent.h"
+
+#include <linux/input.h>
+
+#include <array>
+#include <cstddef>
+#include <memory>
+#include <string>
+
+struct libevdev;
+struct libevdev_uinput;
+
+namespace tolvane::oslinux {
+
+// A virtual twin of a grabbed device, made through uinput with the same name, ids, event codes
+// and axis ranges, so the desktop treats it as the device itself.
+class UinputClone {
+public:
+    static constexpr std::size_t frameCapacity = 256;
+
+    // Absent when uinput refuses or the twin's event node cannot be named.
+    static std::unique_ptr<UinputClone> create(libevdev* original, const std::string& uinputPath);
+    ~UinputClone();
+
+    UinputClone(const UinputClone&) = delete;
+    UinputClone& operator=(const UinputClone&) = delete;
+
+    // The twin's own event node, "eventN", recorded so it is never taken for a real device.
+    const std::string& nodeName() const { return node; }
+
+    // Sends up to frameCapacity events in one write.
+    void writeFrame(const InputEvent* events, std::size_t count);
+
+    // Lets go of every key the twin has been told is down, as `state` records it.
+    void releaseKeysDown(const libevdev* state, bool (*which)(std::uint16_t keyCode));
+
+private:
+    UinputClone(libevdev_uinput* device, int uinputFd, std::string node);
+
+    libevdev_uinput* device;
+    int uinputFd;
+    std::string node;
+    std::array<input_event, frameCapacity> out{};
+};
+
+} // namespace tolvane::oslinux

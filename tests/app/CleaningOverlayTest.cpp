@@ -1,0 +1,213 @@
+#include "Tolvane/CleaningOverlay.h"
+#include "Tolvane/ScreenBackdrop.h"
+#include "Tolvane/UnlockButton.h"
+#include "support/OverlayProbe.h"
+
+#include <QAction>
+#include <QShortcut>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+namespace tolvane::testing {
+namespace {
+
+const QColor cleanStart(34, 193, 238);
+const QColor cleanEnd(59, 91, 255);
+
+QColor mix(QColor a, QColor b, double t) {
+    return QColor(int(std::lround(a.red() + (b.red() - a.red()) * t)),
+                  int(std::lround(a.green() + (b.green() - a.green()) * t)),
+                  int(std::lround(a.blue() + (b.blue() - a.blue()) * t)));
+}
+
+QImage filled(QSize size, QColor colour) {
+    QImage image(size, QImage::Format_ARGB32_Premultiplied);
+    image.fill(colour);
+    return image;
+}
+
+// One overlay of 1000 by 700 counting its unlock calls, shown as a window of its own.
+class Overlay : public ::testing::Test {
+protected:
+    void make(QImage backdrop) {
+        overlay = std::make_unique<CleaningOverlay>([this] { ++unlocks; }, std::move(backdrop));
+        overlay->setAttribute(Qt::WA_TranslucentBackground);
+        overlay->setGeometry(0, 0, 1000, 700);
+    }
+    void showAndActivate() {
+        overlay->show();
+        overlay->activateWindow();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(overlay.get()));
+    }
+    UnlockButton& button() { return *overlay->unlockButton(); }
+    QPoint capsuleCentre() { return button().capsuleRect().center().toPoint(); }
+    // A point of the capsule in the overlay's coordinates.
+    QPoint onCapsule(qreal dx, qreal dy) {
+        const QRectF c = button().capsuleRect();
+        return button()
+            .mapTo(overlay.get(), QPointF(c.center().x() + dx, c.center().y() + dy))
+            .toPoint();
+    }
+
+    std::unique_ptr<CleaningOverlay> overlay;
+    int unlocks = 0;
+};
+
+TEST_F(Overlay, DarkensTheBlurredScreenPictureByAThirdAndMore) {
+    QImage screen = filled(QSize(1000, 700), QColor(200, 40, 40));
+    for (int y = 0; y < 700; ++y) {
+        for (int x = 500; x < 1000; ++x) {
+            screen.setPixelColor(x, y, QColor(40, 40, 200));
+        }
+    }
+    make(blurredBackdrop(screen));
+    const QImage picture = renderedPicture(*overlay);
+    // Far from the seam each half keeps its colour at 0.65 of its brightness.
+    EXPECT_TRUE(closeTo(picture.pixelColor(40, 40), QColor(130, 26, 26), 3))
+        << describe(picture.pixelColor(40, 40));
+    EXPECT_TRUE(closeTo(picture.pixelColor(960, 660), QColor(26, 26, 130), 3))
+        << describe(picture.pixelColor(960, 660));
+    // At the seam the blur has mixed both.
+    const QColor seam = picture.pixelColor(500, 40);
+    EXPECT_GT(seam.red(), 45);
+    EXPECT_GT(seam.blue(), 45);
+}
+
+TEST_F(Overlay, WithoutAScreenPictureIsOnlyASeeThroughDarkeningLayer) {
+    make(QImage());
+    const QImage picture = renderedPicture(*overlay);
+    for (QPoint p : {QPoint(0, 0), QPoint(999, 699), QPoint(40, 650)}) {
+        EXPECT_TRUE(closeTo(picture.pixelColor(p), QColor(0, 0, 0, 89), 1))
+            << describe(picture.pixelColor(p));
+    }
+}
+
+TEST_F(Overlay, UnlockCapsuleRunsTheCleanGradientFromLeftToRight) {
+    make(filled(QSize(100, 70), Qt::white));
+    const QImage picture = renderedPicture(*overlay);
+    const QRectF capsule = button().capsuleRect();
+    for (qreal inset : {14.0, 20.0}) {
+        for (bool right : {false, true}) {
+            const qreal dx = (right ? 1 : -1) * (capsule.width() / 2 - inset);
+            const double t = (capsule.width() / 2 + dx) / capsule.width();
+            const QColor seen = picture.pixelColor(onCapsule(dx, 0));
+            EXPECT_TRUE(closeTo(seen, mix(cleanStart, cleanEnd, t), 4))
+                << describe(seen) << " at " << t;
+        }
+    }
+    // The label is white on it.
+    const QImage label = picture.copy(QRect(onCapsule(-40, -10), onCapsule(60, 10)));
+    int white = 0;
+    for (int y = 0; y < label.height(); ++y) {
+        for (int x = 0; x < label.width(); ++x) {
+            white += closeTo(label.pixelColor(x, y), Qt::white, 20) ? 1 : 0;
+        }
+    }
+    EXPECT_GT(white, 40);
+}
+
+TEST_F(Overlay, HoverGrowsTheCapsuleAndItsGlowAndLeavingRestoresTheRestingLook) {
+    make(filled(QSize(100, 70), Qt::black));
+    showAndActivate();
+    const QRectF capsule = button().capsuleRect();
+    const QRect around = QRect(onCapsule(-capsule.width() / 2 - 24, -capsule.height() / 2 - 24),
+                               onCapsule(capsule.width() / 2 + 24, capsule.height() / 2 + 24));
+    const QImage resting = renderedPicture(*overlay).copy(around);
+
+    QTest::mouseMove(&button(), capsuleCentre());
+    spinEventLoop(300);
+    ASSERT_TRUE(button().hovering());
+    const QImage hovered = renderedPicture(*overlay).copy(around);
+    EXPECT_NE(hovered, resting);
+    // Scaled by 1.04 the capsule reaches past its resting right end.
+    const QPoint pastEnd = onCapsule(capsule.width() / 2 + 2, 0) - around.topLeft();
+    EXPECT_LT(resting.pixelColor(pastEnd).blue(), 150) << describe(resting.pixelColor(pastEnd));
+    EXPECT_TRUE(closeTo(hovered.pixelColor(pastEnd), cleanEnd, 12))
+        << describe(hovered.pixelColor(pastEnd));
+    // The glow below the capsule is wider and stronger.
+    const QPoint below = onCapsule(0, capsule.height() / 2 + 10) - around.topLeft();
+    EXPECT_GT(hovered.pixelColor(below).green(), resting.pixelColor(below).green() + 8)
+        << describe(hovered.pixelColor(below)) << " vs " << describe(resting.pixelColor(below));
+
+    QTest::mouseMove(overlay.get(), QPoint(20, 20));
+    spinEventLoop(300);
+    EXPECT_FALSE(button().hovering());
+    EXPECT_EQ(renderedPicture(*overlay).copy(around), resting);
+}
+
+TEST_F(Overlay, HoverLookEndsAtTheGivenGlowAndScale) {
+    const UnlockButton::Look rest = UnlockButton::lookAt(0);
+    const UnlockButton::Look hover = UnlockButton::lookAt(1);
+    EXPECT_EQ(std::tuple(rest.shadowOpacity, rest.shadowRadius, rest.scale),
+              std::tuple(0.35, 10.0, 1.0));
+    EXPECT_EQ(std::tuple(hover.shadowOpacity, hover.shadowRadius, hover.scale),
+              std::tuple(0.6, 18.0, 1.04));
+}
+
+TEST_F(Overlay, ClockStartsAtZeroAndTheWindowShowsItMoveOnEachSecond) {
+    make(QImage());
+    showAndActivate();
+    EXPECT_EQ(overlay->clockText(), "00:00");
+    spinEventLoop(50);
+    auto shownClock = [this] {
+        return overlay->screen()->grabWindow(overlay->winId()).toImage().copy(overlay->clockArea());
+    };
+    const QImage atZero = shownClock();
+    spinEventLoop(1150);
+    EXPECT_EQ(overlay->clockText(), "00:01");
+    const QImage atOne = shownClock();
+    EXPECT_NE(atOne, atZero);
+    spinEventLoop(1000);
+    EXPECT_EQ(overlay->clockText(), "00:02");
+    EXPECT_NE(shownClock(), atOne);
+}
+
+TEST_F(Overlay, OnlyACompletedClickOnTheCapsuleCallsOnUnlock) {
+    make(QImage());
+    showAndActivate();
+    QTest::mouseClick(overlay.get(), Qt::LeftButton, {}, QPoint(30, 30));
+    QTest::mouseClick(overlay.get(), Qt::LeftButton, {}, overlay->clockArea().center());
+    // Inside the button's glow margin but off the capsule.
+    QTest::mouseClick(&button(), Qt::LeftButton, {}, QPoint(4, 4));
+    // Pressed on the capsule, released off it.
+    QTest::mousePress(&button(), Qt::LeftButton, {}, capsuleCentre());
+    QTest::mouseRelease(&button(), Qt::LeftButton, {}, QPoint(2, 2));
+    EXPECT_EQ(unlocks, 0);
+    QTest::mouseClick(&button(), Qt::LeftButton, {}, capsuleCentre());
+    EXPECT_EQ(unlocks, 1);
+}
+
+TEST_F(Overlay, KeysAndApplicationShortcutsDoNothingWhileItIsActive) {
+    QWidget elsewhere;
+    int quits = 0;
+    QShortcut quit(QKeySequence(QStringLiteral("Ctrl+Q")), &elsewhere);
+    quit.setContext(Qt::ApplicationShortcut);
+    QObject::connect(&quit, &QShortcut::activated, [&quits] { ++quits; });
+    elsewhere.show();
+    elsewhere.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&elsewhere));
+    QTest::keyClick(&elsewhere, Qt::Key_Q, Qt::ControlModifier);
+    ASSERT_EQ(quits, 1) << "the shortcut works outside the overlay";
+
+    make(QImage());
+    showAndActivate();
+    for (QWidget* target :
+         {static_cast<QWidget*>(overlay.get()), static_cast<QWidget*>(overlay->unlockButton())}) {
+        for (Qt::Key key : {Qt::Key_Return, Qt::Key_Enter, Qt::Key_Space, Qt::Key_Escape,
+                            Qt::Key_Tab, Qt::Key_U, Qt::Key_VolumeUp}) {
+            QTest::keyClick(target, key);
+        }
+        QTest::keyClick(target, Qt::Key_Q, Qt::ControlModifier);
+        QTest::keyClick(target, Qt::Key_F4, Qt::AltModifier);
+    }
+    EXPECT_EQ(quits, 1);
+    EXPECT_EQ(unlocks, 0);
+    EXPECT_TRUE(overlay->isVisible());
+    EXPECT_FALSE(overlay->unlockButton()->hasFocus());
+}
+
+} // namespace
+} // namespace tolvane::testing

@@ -1,0 +1,258 @@
+#include "Tolvane/MenuViews.h"
+#include "support/AppHarness.h"
+#include "support/ViewPixels.h"
+
+#include <QMenu>
+#include <QSignalSpy>
+#include <QSystemTrayIcon>
+#include <QTest>
+#include <QWidgetAction>
+
+#include <gtest/gtest.h>
+
+namespace tolvane::testing {
+namespace {
+
+template <typename Row> Row* rowOf(QAction* action) {
+    auto* hosted = qobject_cast<QWidgetAction*>(action);
+    return hosted ? dynamic_cast<Row*>(hosted->defaultWidget()) : nullptr;
+}
+
+// One line for each item: rows by kind, plain items with their check mark, image and keys.
+std::vector<std::string> describe(QMenu* menu) {
+    std::vector<std::string> lines;
+    for (QAction* action : menu->actions()) {
+        if (action->isSeparator()) {
+            lines.push_back("---");
+        } else if (rowOf<HeaderView>(action)) {
+            lines.push_back("[header]");
+        } else if (rowOf<StatsView>(action)) {
+            lines.push_back("[stats]");
+        } else if (rowOf<CleanKeyboardRow>(action)) {
+            lines.push_back("[clean]");
+        } else if (rowOf<SectionCaption>(action)) {
+            lines.push_back("[caption]");
+        } else {
+            std::string line = action->text().toStdString();
+            if (action->isCheckable()) {
+                line += action->isChecked() ? " [x]" : " [ ]";
+            }
+            if (!action->icon().isNull()) {
+                line += " +icon";
+            }
+            if (!action->shortcut().isEmpty()) {
+                line += " <" + action->shortcut().toString().toStdString() + ">";
+                EXPECT_TRUE(action->isShortcutVisibleInContextMenu()) << line;
+            }
+            lines.push_back(line);
+        }
+    }
+    return lines;
+}
+
+QAction* itemNamed(QMenu* menu, const char* text) {
+    for (QAction* action : menu->actions()) {
+        if (action->text() == QString::fromUtf8(text)) {
+            return action;
+        }
+    }
+    return nullptr;
+}
+
+// A row as the open menu hosts it, and a row made alone, at the width the menu gave the
+// first.
+QWidget* hostedRow(QAction* action) {
+    return qobject_cast<QWidgetAction*>(action)->defaultWidget();
+}
+void expectSameRow(QMenu* menu, int index, QWidget&& alone) {
+    QAction* action = menu->actions()[index];
+    const QSize size = menu->actionGeometry(action).size();
+    EXPECT_EQ(renderOnPanel(*hostedRow(action), lightPanel(), 1, size),
+              renderOnPanel(alone, lightPanel(), 1, size))
+        << index;
+}
+
+class StatusMenu : public AppHarness {
+protected:
+    QMenu* launchedMenu() {
+        launch();
+        settle();
+        return delegate->menu();
+    }
+    QMenu* openMenu() {
+        QMenu* menu = delegate->menu();
+        menu->popup(QPoint(40, 40));
+        settle();
+        return menu;
+    }
+};
+
+TEST_F(StatusMenu, TrustedTrackpadAutoOnLoginOff) {
+    EXPECT_EQ(describe(launchedMenu()),
+              (std::vector<std::string>{"[header]", "[stats]", "[clean]", "---", "[caption]",
+                                        "Switch to Mouse scrolling +icon <Ctrl+T>",
+                                        "Auto-switch when mouse connects [x]", "---",
+                                        "Launch at login [ ]", "Quit Tolvane <Ctrl+Q>"}));
+}
+
+TEST_F(StatusMenu, WithoutInputAccessTheWarningComesSecondAndTheCleanRowIsOff) {
+    fakes().access.trusted = false;
+    QMenu* menu = launchedMenu();
+    const std::vector<std::string> items = describe(menu);
+    ASSERT_EQ(items.size(), 11u);
+    EXPECT_EQ(items[1], "\u26A0\uFE0E Needs input access");
+    EXPECT_EQ(menu->actions()[1]->text().toUtf8().size(), 25);
+    EXPECT_EQ(items[2], "[stats]");
+
+    openMenu();
+    expectSameRow(menu, 3, CleanKeyboardRow(false, {}));
+
+    recorder().clear();
+    menu->actions()[1]->trigger();
+    EXPECT_EQ(recorder().calls, (std::vector<std::string>{"access.openHelp"}));
+}
+
+TEST_F(StatusMenu, EveryStateShowsInItsItems) {
+    writeSettings("[General]\nautoEnabled=false\nmode=mouse\n");
+    fakes().login.enabled = true;
+    fakes().pointers.present.push_back({"usb-1", {1, 2, 0, "USB Mouse"}});
+    QMenu* menu = launchedMenu();
+    EXPECT_EQ(describe(menu),
+              (std::vector<std::string>{"[header]", "[stats]", "[clean]", "---", "[caption]",
+                                        "Switch to Natural scrolling +icon <Ctrl+T>",
+                                        "Auto-switch when mouse connects [ ]", "---",
+                                        "Launch at login [x]", "Quit Tolvane <Ctrl+Q>"}));
+    expectSameRow(menu, 0, HeaderView(true, true));
+    expectSameRow(menu, 2, CleanKeyboardRow(true, {}));
+    expectSameRow(menu, 4, SectionCaption(QStringLiteral("Scrolling")));
+}
+
+TEST_F(StatusMenu, EachBuildAsksForAccessTwiceAndForTheLoginOnce) {
+    launchedMenu();
+    recorder().clear();
+    delegate->toggleLogin();
+    EXPECT_EQ(recorder().calls, (std::vector<std::string>{
+                                    "login.setEnabled true",
+                                    "access.isTrusted",
+                                    "access.isTrusted",
+                                }));
+    EXPECT_EQ(describe(delegate->menu())[8], "Launch at login [x]");
+}
+
+TEST_F(StatusMenu, ItemsRunTheirActionsAndTheNextMenuShowsTheResult) {
+    QMenu* menu = launchedMenu();
+    itemNamed(menu, "Switch to Mouse scrolling")->trigger();
+    settle();
+    EXPECT_EQ(delegate->currentState().mode, ScrollMode::mouse);
+    EXPECT_TRUE(itemNamed(delegate->menu(), "Switch to Natural scrolling"));
+    EXPECT_TRUE(itemNamed(delegate->menu(), "Auto-switch when mouse connects")->isChecked());
+
+    itemNamed(delegate->menu(), "Auto-switch when mouse connects")->trigger();
+    settle();
+    EXPECT_FALSE(delegate->currentState().autoEnabled);
+    EXPECT_EQ(storedText("autoEnabled"), "false");
+    EXPECT_FALSE(itemNamed(delegate->menu(), "Auto-switch when mouse connects")->isChecked());
+
+    fakes().login.failWith = "read-only folder";
+    itemNamed(delegate->menu(), "Launch at login")->trigger();
+    EXPECT_FALSE(itemNamed(delegate->menu(), "Launch at login")->isChecked());
+}
+
+TEST_F(StatusMenu, ShortcutsWorkWhileTheMenuIsOpen) {
+    launchedMenu();
+    QMenu* open = openMenu();
+    ASSERT_TRUE(open->isVisible());
+    QTest::keyClick(open->windowHandle(), Qt::Key_T, Qt::ControlModifier);
+    settle();
+    EXPECT_EQ(delegate->currentState().mode, ScrollMode::mouse);
+    EXPECT_EQ(storedText("mode"), "mouse");
+    EXPECT_FALSE(delegate->statsForTesting().isSampling()) << "the menu closed as on a click";
+
+    open = openMenu();
+    QSignalSpy quitChosen(itemNamed(open, "Quit Tolvane"), &QAction::triggered);
+    QTest::keyClick(open->windowHandle(), Qt::Key_Q, Qt::ControlModifier);
+    EXPECT_EQ(quitChosen.count(), 1);
+    EXPECT_FALSE(open->isVisible());
+}
+
+TEST_F(StatusMenu, TheSamplerRunsOnlyWhileTheMenuIsOpen) {
+    launchedMenu();
+    SystemStats& stats = delegate->statsForTesting();
+    const int before = fakes().host.samples;
+    wait(1700);
+    EXPECT_FALSE(stats.isSampling());
+    EXPECT_EQ(fakes().host.samples, before);
+
+    QMenu* menu = openMenu();
+    EXPECT_TRUE(stats.isSampling());
+    EXPECT_EQ(fakes().host.samples, before + 1);
+    menu->popup(QPoint(60, 60)); // a second opening without a close changes nothing
+    EXPECT_EQ(fakes().host.samples, before + 1);
+    wait(1600);
+    EXPECT_EQ(fakes().host.samples, before + 2);
+
+    menu->hide();
+    settle();
+    EXPECT_FALSE(stats.isSampling());
+    wait(1700);
+    EXPECT_EQ(fakes().host.samples, before + 2);
+}
+
+TEST_F(StatusMenu, AClickOnTheCleanRowClosesTheMenuThenLocksTheKeyboard) {
+    launchedMenu();
+    QMenu* menu = openMenu();
+    auto* row = rowOf<CleanKeyboardRow>(menu->actions()[2]);
+    ASSERT_NE(row, nullptr);
+    recorder().clear();
+    const QPoint onCard = row->mapTo(menu, row->buttonRect().center().toPoint());
+    QTest::mouseClick(menu->windowHandle(), Qt::LeftButton, {}, onCard);
+    EXPECT_FALSE(menu->isVisible());
+    EXPECT_TRUE(recorder().matching("keyboard.").empty()) << "the lock waits for the delay";
+    wait(100);
+    EXPECT_EQ(recorder().matching("keyboard."),
+              (std::vector<std::string>{"keyboard.grab -> true"}));
+    EXPECT_TRUE(delegate->lockForTesting().locked());
+}
+
+TEST_F(StatusMenu, ClicksOnTheOtherRowsOrADisabledCleanRowLeaveTheMenuOpen) {
+    fakes().access.trusted = false;
+    fakes().scrollTap.available = true;
+    launchedMenu();
+    QMenu* menu = openMenu();
+    for (int index : {0, 2, 3, 5}) {
+        QWidget* row = hostedRow(menu->actions()[index]);
+        QTest::mouseClick(menu->windowHandle(), Qt::LeftButton, {},
+                          row->mapTo(menu, row->rect().center()));
+        EXPECT_TRUE(menu->isVisible()) << index;
+    }
+    wait(100);
+    EXPECT_TRUE(recorder().matching("keyboard.").empty());
+}
+
+QImage iconImage(QSystemTrayIcon* tray) {
+    return tray->icon().pixmap(22, 22).toImage().convertToFormat(QImage::Format_ARGB32);
+}
+
+TEST_F(StatusMenu, TheTrayIconHasTwoFormsThatFollowTheMode) {
+    launchedMenu();
+    const QImage natural = iconImage(delegate->trayIcon());
+    delegate->manualToggle();
+    const QImage mouse = iconImage(delegate->trayIcon());
+    delegate->manualToggle();
+    EXPECT_EQ(iconImage(delegate->trayIcon()), natural);
+    EXPECT_NE(natural, mouse);
+
+    const auto cobalt = [](QColor c) {
+        return c.alpha() > 200 && closeTo(c, QColor(59, 91, 255), 8);
+    };
+    const QColor text = QGuiApplication::palette().color(QPalette::WindowText);
+    const auto panelText = [&](QColor c) { return c.alpha() > 200 && closeTo(c, text, 8); };
+    EXPECT_GT(countPixels(mouse, mouse.rect(), cobalt), 40);
+    EXPECT_EQ(countPixels(mouse, mouse.rect(), panelText), 0);
+    EXPECT_GT(countPixels(natural, natural.rect(), panelText), 40);
+    EXPECT_EQ(countPixels(natural, natural.rect(), cobalt), 0);
+    EXPECT_EQ(delegate->trayIcon()->toolTip(), QStringLiteral("Tolvane: natural scrolling"));
+}
+
+} // namespace
+} // namespace tolvane::testing

@@ -1,0 +1,76 @@
+#!/bin/bash
+# Measures a tolvane binary on the desktop of the desktop tier (Xvfb, trayer, a D-Bus session,
+# a temporary home) and prints the figures Tolvane is held to:
+#   start to tray icon < 150 ms, resident memory after start < 30 MB,
+#   menu closed: no wake-ups in 10 s, menu open: < 0.5 % of one core over 10 s.
+# Measure a build without sanitizers:
+#   cmake -S . -B build-perf -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DTOLVANE_BUILD_TESTS=OFF
+#   cmake --build build-perf --target tolvane
+#   tests/desktop/measure-performance.sh build-perf/src/Tolvane/tolvane
+# Not a test: the figures depend on the machine. Wake-ups are voluntary context switches of
+# every thread of the process (/proc/PID/task/*/status).
+set -euo pipefail
+
+tolvane=$1
+tray=xembed
+sni_host=
+here=$(cd "$(dirname "$0")" && pwd)
+source "$here/tray-session-lib.sh"
+
+if [[ "${TOLVANE_INSIDE_SESSION:-}" != 1 ]]; then
+    install_missing_tools
+    work=$(mktemp -d /tmp/tolvane-measure.XXXXXX)
+    mkdir -p "$work/home" "$work/runtime"
+    chmod 700 "$work/runtime"
+    start_x_server "$work"
+    status=0
+    TOLVANE_INSIDE_SESSION=1 TOLVANE_WORK="$work" DISPLAY="$DISPLAY" \
+        dbus-run-session -- "$0" "$@" 2> >(grep -v 'fd limit' >&2) || status=$?
+    stop_x_server
+    rm -rf "$work"
+    exit $status
+fi
+
+work=$TOLVANE_WORK
+export HOME=$work/home XDG_CONFIG_HOME=$work/home/.config XDG_STATE_HOME=$work/home/.local/state
+export XDG_RUNTIME_DIR=$work/runtime QT_QPA_PLATFORM=xcb
+unset WAYLAND_DISPLAY QT_QPA_PLATFORMTHEME XDG_CURRENT_DESKTOP
+log=$XDG_STATE_HOME/Tolvane/Tolvane.log
+trap 'on_exit' EXIT
+
+wakeups() {
+    cat /proc/"$tolvane_pid"/task/*/status | awk '/^voluntary_ctxt_switches/{n += $2} END{print n}'
+}
+# Nanoseconds on a processor, all threads together.
+cpu_ns() {
+    cat /proc/"$tolvane_pid"/task/*/schedstat | awk '{n += $1} END{printf "%d", n}'
+}
+
+start_tray_host xembed
+start_tolvane
+if alert=$(alert_window); then
+    echo "the input access alert is up: answered with Later"
+    xdotool windowfocus --sync "$alert" key --clearmodifiers Escape
+fi
+find_tray_icon
+sleep 2
+echo "resident memory after start: $(awk '/^VmRSS/{print $2 / 1024 " MB"}' /proc/"$tolvane_pid"/status)"
+
+pointer_to 5 795
+before=$(wakeups)
+sleep 10
+echo "menu closed, 10 s: $(($(wakeups) - before)) wake-ups"
+
+open_menu_by_click 1
+sleep 1
+before_cpu=$(cpu_ns)
+before=$(wakeups)
+sleep 10
+used=$(($(cpu_ns) - before_cpu))
+if [[ -n "${MEASURE_DETAIL:-}" ]]; then
+    for t in /proc/"$tolvane_pid"/task/*; do echo "$t $(cat $t/comm) $(grep ^voluntary $t/status)"; done
+    perf record -q -g -o "$work/perf.data" -p "$tolvane_pid" -- sleep 4 >/dev/null 2>&1 || true
+    perf report -q -i "$work/perf.data" --stdio --no-children --sort dso,sym 2>/dev/null | grep -v '^$' | grep -E '^ +[0-9]' | head -40 > /tmp/menu/perf.txt || true
+fi
+echo "menu open, 10 s: $(awk -v ns="$used" 'BEGIN{printf "%.3f", ns / 1e10 * 100}') % of one core ($((used / 1000000)) ms), $(($(wakeups) - before)) wake-ups"
+close_menu

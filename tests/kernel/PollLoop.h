@@ -1,0 +1,45 @@
+#pragma once
+
+#include "platform/linux/input/EventLoop.h"
+
+#include <chrono>
+#include <functional>
+#include <map>
+
+namespace tolvane::kerneltest {
+
+// The input layer's loop as a plain poll() loop, turned by the test itself.
+class PollLoop final : public oslinux::EventLoop {
+public:
+    explicit PollLoop(std::chrono::milliseconds beatPeriod = std::chrono::milliseconds(100))
+        : beatPeriod(beatPeriod) {}
+
+    void watchReadable(int fd, std::function<void()> onReadable) override;
+    void unwatch(int fd) override;
+    void setHeartbeat(std::function<void()> beat) override;
+
+    // One wait of at most `timeout`, then every ready callback and a due heartbeat.
+    void turn(std::chrono::milliseconds timeout = std::chrono::milliseconds(0));
+
+    // Turns until nothing is ready any more.
+    void settle();
+
+    // Turns until `done` or the time is up; returns done().
+    bool turnUntil(const std::function<bool()>& done,
+                   std::chrono::milliseconds limit = std::chrono::milliseconds(2000));
+
+    std::size_t watchCount() const { return watches.size(); }
+
+private:
+    struct Watch {
+        std::function<void()> callback;
+        unsigned generation;
+    };
+    std::map<int, Watch> watches;
+    unsigned generation = 0;
+    std::function<void()> heartbeat;
+    std::chrono::milliseconds beatPeriod;
+    std::chrono::steady_clock::time_point nextBeat{};
+};
+
+} // namespace tolvane::kerneltest

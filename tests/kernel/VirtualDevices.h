@@ -1,0 +1,89 @@
+#pragma once
+
+#include "TolvaneCore/InputEvent.h"
+
+#include <linux/input.h>
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+struct libevdev_uinput;
+
+namespace tolvane::kerneltest {
+
+// What a virtual device made through uinput can send.
+struct DeviceSpec {
+    std::string name;
+    std::uint16_t bus = 0x03;
+    std::vector<std::uint16_t> rel;
+    std::vector<std::uint16_t> abs; // ranges 0..4095
+    std::vector<std::uint16_t> keys;
+    std::vector<std::uint16_t> switches;
+    std::vector<std::uint16_t> props;
+    bool repeat = false; // kernel auto-repeat, as real keyboards have
+};
+
+DeviceSpec usbMouse(const std::string& name = "Tolvane Test USB Mouse");
+DeviceSpec builtInPointer(); // i8042, no wheel
+DeviceSpec usbKeyboard(const std::string& name = "Tolvane Test Keyboard");
+DeviceSpec consumerControl(); // media keys and a horizontal wheel, as many keyboards have
+DeviceSpec powerButton();
+DeviceSpec lidSwitch();
+DeviceSpec keyboardWithTouchpad();
+
+// A device plugged in for as long as the object lives.
+class VirtualDevice {
+public:
+    static std::unique_ptr<VirtualDevice> plug(const DeviceSpec& spec);
+    ~VirtualDevice();
+
+    const std::string& path() const { return nodePath; } // /dev/input/eventN
+    std::string node() const;                            // eventN
+
+    // Writes the events and then a SYN_REPORT.
+    void frame(const std::vector<InputEvent>& events);
+    void key(std::uint16_t code, int value) { frame({{0x01, code, value}}); }
+    void tap(std::uint16_t code) {
+        key(code, 1);
+        key(code, 0);
+    }
+
+private:
+    VirtualDevice(libevdev_uinput* device, std::string path);
+    libevdev_uinput* device;
+    std::string nodePath;
+};
+
+// A plain reader of an event node, as the desktop would be: it never grabs.
+class NodeReader {
+public:
+    explicit NodeReader(const std::string& path);
+    ~NodeReader();
+
+    bool isOpen() const { return fd >= 0; }
+    // Everything pending now, SYN_REPORTs included.
+    std::vector<InputEvent> readAll();
+    // Waits up to `ms` for something to read, then reads all.
+    std::vector<InputEvent> readWithin(int ms);
+    // EVIOCGKEY: note that it also drops the key events still queued for this reader.
+    bool keyDown(std::uint16_t code) const;
+    bool tryGrab(); // true when nobody else holds the device; released again at once
+    bool grab();    // held until ungrab()
+    input_id id() const;
+    void ungrab();
+    int descriptor() const { return fd; }
+
+private:
+    int fd;
+};
+
+// Event nodes whose device has this name, other than the listed ones.
+std::vector<std::string> nodesNamed(const std::string& name,
+                                    const std::vector<std::string>& except = {});
+
+// Only the events that carry input: no SYN_REPORT, no scan code.
+std::vector<InputEvent> withoutSync(const std::vector<InputEvent>& events);
+
+} // namespace tolvane::kerneltest
