@@ -1,10 +1,19 @@
-# The Debian package, made by `cpack -G DEB` in a build configured with
-# -DCMAKE_INSTALL_PREFIX=/usr. Library dependencies are computed by dpkg-shlibdeps from the
+# The Debian package, made by `cpack -G DEB` (scripts/package does it all) in a build
+# configured with -DCMAKE_INSTALL_PREFIX=/usr. Library dependencies are computed by dpkg-shlibdeps from the
 # installed binary; the rest are what the program and the access helper run:
 #   pkexec            asks for the administrator's consent to run the helper
 #   udev, kmod        udevadm and modprobe, called by the helper
 #   qt6-qpa-plugins   Qt's X11 and Wayland platform plugins, without which no tray icon shows
 # The only maintainer script, postrm, removes on purge what the helper wrote to /etc.
+
+# The binary, the desktop entry, the polkit action and the manual page hold absolute paths
+# made from the install prefix, so the package unpacks exactly there, and only /usr suits a
+# Debian package.
+if(NOT CMAKE_INSTALL_PREFIX STREQUAL "/usr")
+    message(STATUS "No Debian package: configure with -DCMAKE_INSTALL_PREFIX=/usr to make one")
+    return()
+endif()
+set(CPACK_PACKAGING_INSTALL_PREFIX ${CMAKE_INSTALL_PREFIX})
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME tolvane)
