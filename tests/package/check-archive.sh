@@ -21,7 +21,7 @@ step "where the files go, and their owners and modes"
 awk '$2 != "root/root" { print "not root/root: " $0 }
      $1 ~ /^d/ && $1 != "drwxr-xr-x" { print "directory not 0755: " $0 }
      $1 ~ /^-/ && $1 != "-rwxr-xr-x" && $1 != "-rw-r--r--" { print "odd mode: " $0 }
-     $6 !~ /^\.\/usr\// && $6 != "./usr/" { print "outside /usr: " $0 }
+     $6 !~ /^\.\/usr\// && $6 != "./usr/" && $6 != "./" { print "outside /usr: " $0 }
      $6 ~ /^\.\/usr\/local\// { print "in /usr/local: " $0 }' "$work/contents" >"$work/odd"
 [[ ! -s $work/odd ]] || fail "$(cat "$work/odd")"
 for program in usr/bin/tolvane usr/libexec/tolvane/tolvane-grant-input-access; do

@@ -39,11 +39,7 @@ for name in pkexec xdg-open udevadm modprobe; do
 done
 echo 'exec "$@"' >>"$stubs/pkexec"
 export PATH=$stubs:$PATH
-export HOME=$work/home XDG_CONFIG_HOME=$work/home/.config XDG_STATE_HOME=$work/home/.local/state
-export XDG_DATA_HOME=$work/home/.local/share XDG_CACHE_HOME=$work/home/.cache
-export XDG_RUNTIME_DIR=$work/runtime QT_QPA_PLATFORM=xcb
-unset WAYLAND_DISPLAY QT_QPA_PLATFORMTHEME XDG_CURRENT_DESKTOP
-log=$XDG_STATE_HOME/Tolvane/Tolvane.log
+use_session_folders "$work"
 autostart=$XDG_CONFIG_HOME/autostart/tolvane.desktop
 trap 'on_exit' EXIT
 
@@ -93,12 +89,5 @@ else
     find_tray_icon
 fi
 
-step "quit from the menu"
-open_menu_by_click 1
-choose_item_from_bottom 1
-wait_for "the process to end" bash -c "! kill -0 $tolvane_pid 2>/dev/null"
-code=0
-wait "$tolvane_pid" || code=$?
-[[ $code -eq 0 ]] || fail "tolvane ended with status $code"
-tolvane_pid=
+quit_from_menu
 echo "PASS ($phase session)"
