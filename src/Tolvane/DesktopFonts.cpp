@@ -14,11 +14,21 @@ QFont sized(QFont font, int pixels, QFont::Weight weight) {
     return font;
 }
 
+} // namespace
+
 // Looked up once: the installed fonts do not change under a running program often enough to
-// pay for a search on every paint.
+// pay for a search on every paint. Faces desktops commonly ship come first, then any family
+// whose name says it is rounded.
 const QString& roundedFamily() {
     static const QString family = [] {
-        for (const QString& name : QFontDatabase::families()) {
+        const QStringList installed = QFontDatabase::families();
+        for (const char* name : {"SF Pro Rounded", "Nunito", "Varela Round", "M PLUS Rounded 1c",
+                                 "Quicksand", "Comfortaa"}) {
+            if (installed.contains(QString::fromLatin1(name))) {
+                return QString::fromLatin1(name);
+            }
+        }
+        for (const QString& name : installed) {
             if (name.contains(QLatin1String("Rounded"), Qt::CaseInsensitive) ||
                 name.endsWith(QLatin1String(" Round"), Qt::CaseInsensitive)) {
                 return name;
@@ -28,8 +38,6 @@ const QString& roundedFamily() {
     }();
     return family;
 }
-
-} // namespace
 
 QFont ui(int pixels, QFont::Weight weight) {
     return sized(QApplication::font(), pixels, weight);

@@ -7,6 +7,9 @@ namespace tolvane::DesktopFonts {
 // The desktop's user-interface font at a size in pixels and a weight.
 QFont ui(int pixels, QFont::Weight weight = QFont::Normal);
 
+// The installed face with rounded terminals, empty where there is none.
+const QString& roundedFamily();
+
 // A rounded face where one is installed (a family whose name says "Rounded" or "Round"),
 // else the same as ui().
 QFont rounded(int pixels, QFont::Weight weight = QFont::Normal);

@@ -1,4 +1,5 @@
 #include "Tolvane/MenuPainting.h"
+#include "Tolvane/DesktopFonts.h"
 
 #include <QApplication>
 #include <QFontDatabase>
@@ -8,29 +9,10 @@
 
 namespace tolvane::MenuPainting {
 
-namespace {
-
-// Faces with rounded terminals that desktops commonly ship; the first installed one is used.
-QString roundedFamily() {
-    static const QString family = [] {
-        const QStringList installed = QFontDatabase::families();
-        for (const char* name : {"SF Pro Rounded", "Nunito", "Varela Round", "M PLUS Rounded 1c",
-                                 "Quicksand", "Comfortaa"}) {
-            if (installed.contains(QString::fromLatin1(name))) {
-                return QString::fromLatin1(name);
-            }
-        }
-        return QString();
-    }();
-    return family;
-}
-
-} // namespace
-
 QFont font(const QWidget& widget, qreal pixelSize, QFont::Weight weight, bool rounded) {
     QFont result = QApplication::font();
-    if (rounded && !roundedFamily().isEmpty()) {
-        result.setFamily(roundedFamily());
+    if (rounded && !DesktopFonts::roundedFamily().isEmpty()) {
+        result.setFamily(DesktopFonts::roundedFamily());
     }
     // Point sizes keep the fraction that pixel sizes would drop (12.5, 10.5, 9.5).
     result.setPointSizeF(pixelSize * 72.0 / widget.logicalDpiY());

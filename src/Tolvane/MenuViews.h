@@ -5,7 +5,7 @@
 #include "TolvaneCore/GaugeValues.h"
 
 #include <QPointer>
-#include <QVariantAnimation>
+#include <QTimeLine>
 #include <QWidget>
 
 #include <functional>
@@ -66,6 +66,8 @@ public:
     static constexpr qreal size = 58;
     static constexpr qreal line = 6;
     static constexpr int animationMs = 600;
+    // Frames of the ease; twenty-five a second look smooth on a ring this small.
+    static constexpr int frameMs = 40;
     static int contentHeight(const QWidget& widget);
 
     // Where the ring's square frame stands in the gauge.
@@ -75,6 +77,7 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
+    QRect movedPiece(qreal from, qreal to) const;
     void paintRing(QPainter& painter, const QRectF& frame) const;
     void paintPercent(QPainter& painter, const QRectF& frame) const;
     void paintLabels(QPainter& painter, qreal top) const;
@@ -85,7 +88,9 @@ private:
     SystemStats::Reading reading;
     GaugeValues shown;
     qreal end;
-    QVariantAnimation animation;
+    qreal easeFrom = 0;
+    qreal easeTo = 0;
+    QTimeLine animation;
 };
 
 // The live card of CPU, memory and storage gauges. It alone repaints while the menu is open:

@@ -4,6 +4,7 @@
 
 #include <QEasingCurve>
 #include <QFontMetricsF>
+#include <QPaintEvent>
 #include <QPainter>
 #include <QPainterPath>
 
@@ -21,6 +22,9 @@ constexpr qreal iconToTitle = 4;
 // A change of the ring's end shorter than this many pixels along the ring looks the same
 // whether it eases or jumps, so it jumps: no frames are drawn for an invisible move.
 constexpr qreal smallestEasedMove = 0.25;
+// While easing, a frame is drawn only once the end has moved this far along the ring, so a
+// small move costs a few frames instead of a full second's worth.
+constexpr qreal smallestFrameStep = 1.0;
 
 QEasingCurve easeInOut() {
     QEasingCurve curve(QEasingCurve::BezierSpline);
@@ -52,10 +56,17 @@ RingGauge::RingGauge(QString title, QString icon, ThemeGradient gradient, QWidge
     setAttribute(Qt::WA_TranslucentBackground);
     setAttribute(Qt::WA_TransparentForMouseEvents);
     animation.setDuration(animationMs);
+    animation.setUpdateInterval(frameMs);
     animation.setEasingCurve(easeInOut());
-    connect(&animation, &QVariantAnimation::valueChanged, this, [this](const QVariant& value) {
-        end = value.toReal();
-        update(ringFrame().adjusted(-overhang, -overhang, overhang, overhang).toAlignedRect());
+    connect(&animation, &QTimeLine::valueChanged, this, [this](qreal progress) {
+        const qreal next = easeFrom + (easeTo - easeFrom) * progress;
+        const bool last = progress >= 1;
+        if (!last && std::abs(next - end) * M_PI * size < smallestFrameStep) {
+            return;
+        }
+        const qreal previous = end;
+        end = last ? easeTo : next;
+        update(movedPiece(previous, end));
     });
 }
 
@@ -68,8 +79,27 @@ QRectF RingGauge::ringFrame() const {
     return {std::round((width() - size) / 2), overhang, size, size};
 }
 
+QRect RingGauge::movedPiece(qreal from, qreal to) const {
+    // Only the stretch of ring between the two ends changes; the gradient is fixed to the
+    // frame, so repainting that stretch alone draws the same pixels as a whole repaint and
+    // keeps each frame of the ease small.
+    const QRectF frame = ringFrame();
+    const qreal reach = overhang + 2;
+    if (std::abs(to - from) > 0.125) {
+        return frame.adjusted(-reach, -reach, reach, reach).toAlignedRect();
+    }
+    const qreal radius = frame.width() / 2;
+    QRectF piece;
+    for (int step = 0; step <= 4; ++step) {
+        const qreal turn = (from + (to - from) * step / 4) * 2 * M_PI;
+        const QPointF point = frame.center() + radius * QPointF(std::sin(turn), -std::cos(turn));
+        piece = step == 0 ? QRectF(point, point) : piece.united(QRectF(point, point));
+    }
+    return piece.adjusted(-reach, -reach, reach, reach).toAlignedRect();
+}
+
 bool RingGauge::isAnimating() const {
-    return animation.state() == QAbstractAnimation::Running;
+    return animation.state() == QTimeLine::Running;
 }
 
 void RingGauge::setReading(const SystemStats::Reading& next) {
@@ -87,8 +117,8 @@ void RingGauge::setReading(const SystemStats::Reading& next) {
         animation.stop();
         const qreal move = std::abs(values.ringEnd - end) * M_PI * size;
         if (isVisible() && move >= smallestEasedMove) {
-            animation.setStartValue(end);
-            animation.setEndValue(values.ringEnd);
+            easeFrom = end;
+            easeTo = values.ringEnd;
             animation.start();
         } else {
             end = values.ringEnd;
@@ -100,13 +130,21 @@ void RingGauge::setReading(const SystemStats::Reading& next) {
     }
 }
 
-void RingGauge::paintEvent(QPaintEvent*) {
+void RingGauge::paintEvent(QPaintEvent* event) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     const QRectF frame = ringFrame();
+    const QRectF dirty = event->rect();
     paintRing(painter, frame);
-    paintPercent(painter, frame);
-    paintLabels(painter, frame.bottom() + ringToLabel);
+    // A frame of the ease repaints a stretch of the ring alone: the texts, whose shaping costs
+    // more than the ring, are laid out only when their area is to be painted.
+    if (dirty.intersects(frame.adjusted(line, line, -line, -line))) {
+        paintPercent(painter, frame);
+    }
+    const qreal labelsTop = frame.bottom() + ringToLabel;
+    if (dirty.bottom() >= labelsTop) {
+        paintLabels(painter, labelsTop);
+    }
 }
 
 void RingGauge::paintRing(QPainter& painter, const QRectF& frame) const {

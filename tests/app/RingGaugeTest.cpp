@@ -191,6 +191,47 @@ TEST_F(RingGaugeMotion, NothingMovesWhenTheFractionStaysOrTheMoveIsTooSmallToSee
     EXPECT_DOUBLE_EQ(gauge.ringEnd(), 1.0);
 }
 
+// Counts the paints a widget receives.
+class PaintCounter : public QObject {
+public:
+    explicit PaintCounter(QWidget& widget) { widget.installEventFilter(this); }
+    int paints = 0;
+
+protected:
+    bool eventFilter(QObject*, QEvent* event) override {
+        paints += event->type() == QEvent::Paint ? 1 : 0;
+        return false;
+    }
+};
+
+int paintsWhileEasing(RingGauge& gauge, double from, double to) {
+    gauge.setReading({from, "x"});
+    QTest::qWait(RingGauge::animationMs + 100);
+    PaintCounter counter(gauge);
+    gauge.setReading({to, "x"});
+    EXPECT_TRUE(gauge.isAnimating());
+    QElapsedTimer clock;
+    clock.start();
+    while (gauge.isAnimating() && clock.elapsed() < 2000) {
+        QTest::qWait(5);
+    }
+    QTest::qWait(50);
+    EXPECT_DOUBLE_EQ(gauge.ringEnd(), to);
+    return counter.paints;
+}
+
+TEST_F(RingGaugeMotion, ASmallMoveDrawsAFewFramesAndALargeOneEasesSmoothly) {
+    StatsView view(stats);
+    view.show();
+    RingGauge& gauge = *view.gauge(0);
+    const double twoPixels = 2 / (M_PI * RingGauge::size);
+    const int small = paintsWhileEasing(gauge, 0.30, 0.30 + twoPixels);
+    const int large = paintsWhileEasing(gauge, 0.25, 0.75);
+    EXPECT_GE(small, 1);
+    EXPECT_LE(small, 4) << "a two-pixel move needs no more than a frame per pixel";
+    EXPECT_GE(large, 10) << "half the ring eases over many frames";
+}
+
 TEST_F(RingGaugeMotion, TheCardFollowsTheSamplerByItself) {
     fakes.host.ticks = platform::CpuTicks{125, 1000};
     StatsView view(stats);
