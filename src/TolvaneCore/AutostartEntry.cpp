@@ -17,9 +17,62 @@ std::string_view trim(std::string_view text) {
     return text.substr(first, last - first + 1);
 }
 
-// The first argument of an Exec value, unquoted.
-std::string firstExecArgument(std::string_view exec) {
-    exec = trim(exec);
+// A desktop entry's string values escape a backslash as \\ and control characters as \n, \t,
+// \r; the Exec value goes through this before its own quoting.
+std::string escapeStringValue(std::string_view value) {
+    std::string escaped;
+    for (char c : value) {
+        switch (c) {
+        case '\\':
+            escaped += "\\\\";
+            break;
+        case '\n':
+            escaped += "\\n";
+            break;
+        case '\t':
+            escaped += "\\t";
+            break;
+        case '\r':
+            escaped += "\\r";
+            break;
+        default:
+            escaped += c;
+        }
+    }
+    return escaped;
+}
+
+std::string unescapeStringValue(std::string_view value) {
+    std::string plain;
+    for (std::size_t i = 0; i < value.size(); ++i) {
+        if (value[i] != '\\' || i + 1 == value.size()) {
+            plain += value[i];
+            continue;
+        }
+        switch (value[++i]) {
+        case 's':
+            plain += ' ';
+            break;
+        case 'n':
+            plain += '\n';
+            break;
+        case 't':
+            plain += '\t';
+            break;
+        case 'r':
+            plain += '\r';
+            break;
+        default:
+            plain += value[i];
+        }
+    }
+    return plain;
+}
+
+// The first argument of an Exec value as the file holds it, unescaped and unquoted.
+std::string firstExecArgument(std::string_view value) {
+    const std::string unescaped = unescapeStringValue(trim(value));
+    const std::string_view exec = unescaped;
     std::string argument;
     if (!exec.empty() && exec.front() == '"') {
         for (std::size_t i = 1; i < exec.size() && exec[i] != '"'; ++i) {
@@ -28,9 +81,17 @@ std::string firstExecArgument(std::string_view exec) {
             }
             argument += exec[i];
         }
-        return argument;
+    } else {
+        argument = exec.substr(0, exec.find_first_of(" \t"));
     }
-    return std::string(exec.substr(0, exec.find_first_of(" \t")));
+    std::string literal;
+    for (std::size_t i = 0; i < argument.size(); ++i) {
+        literal += argument[i];
+        if (argument[i] == '%' && i + 1 < argument.size() && argument[i + 1] == '%') {
+            ++i;
+        }
+    }
+    return literal;
 }
 
 std::string_view baseName(std::string_view path) {
@@ -51,6 +112,9 @@ std::string quoteExecArgument(std::string_view path) {
             quoted += '\\';
         }
         quoted += c;
+        if (c == '%') {
+            quoted += '%';
+        }
     }
     quoted += '"';
     return quoted;
@@ -63,7 +127,10 @@ std::string autostartEntryText(std::string_view executablePath) {
                        "Comment=Scroll direction switcher and keyboard cleaning lock\n"
                        "Icon=tolvane\n"
                        "Exec=";
-    text += quoteExecArgument(executablePath);
+    text += escapeStringValue(quoteExecArgument(executablePath));
+    // Where the program is gone, as after the package's removal, the session skips the entry.
+    text += "\nTryExec=";
+    text += escapeStringValue(executablePath);
     text += "\nTerminal=false\nNoDisplay=true\n";
     text += markerKey;
     text += "=true\n";

@@ -42,12 +42,7 @@ fi
 
 # Inside the D-Bus session from here on.
 work=$TOLVANE_WORK
-export HOME=$work/home XDG_CONFIG_HOME=$work/home/.config XDG_STATE_HOME=$work/home/.local/state
-export XDG_DATA_HOME=$work/home/.local/share XDG_CACHE_HOME=$work/home/.cache
-export XDG_RUNTIME_DIR=$work/runtime QT_QPA_PLATFORM=xcb
-unset WAYLAND_DISPLAY QT_QPA_PLATFORMTHEME XDG_CURRENT_DESKTOP
-settings=$XDG_CONFIG_HOME/Tolvane/Tolvane.conf
-log=$XDG_STATE_HOME/Tolvane/Tolvane.log
+use_session_folders "$work"
 trap 'on_exit' EXIT
 
 start_tray_host "$tray"
@@ -87,12 +82,5 @@ if [[ $tray == xembed ]]; then
     [[ $(count_colour "$icon_after" 'rgb(59,91,255)' 12) -gt 20 ]] || fail "mouse icon not blue"
 fi
 
-step "quit from the menu"
-open_menu
-choose_item_from_bottom 1
-wait_for "the process to end" bash -c "! kill -0 $tolvane_pid 2>/dev/null"
-code=0
-wait "$tolvane_pid" || code=$?
-[[ $code -eq 0 ]] || fail "tolvane ended with status $code"
-tolvane_pid=
+quit_from_menu
 echo "PASS ($tray tray)"

@@ -78,6 +78,17 @@ start_tray_host() {
     fi
 }
 
+# A desktop session's folders, all below WORK: HOME and the XDG folders in WORK/home, and the
+# runtime folder; X11 through xcb and no desktop's own platform theme.
+use_session_folders() {
+    export HOME=$1/home XDG_CONFIG_HOME=$1/home/.config XDG_STATE_HOME=$1/home/.local/state
+    export XDG_DATA_HOME=$1/home/.local/share XDG_CACHE_HOME=$1/home/.cache
+    export XDG_RUNTIME_DIR=$1/runtime QT_QPA_PLATFORM=xcb
+    unset WAYLAND_DISPLAY QT_QPA_PLATFORMTHEME XDG_CURRENT_DESKTOP
+    settings=$XDG_CONFIG_HOME/Tolvane/Tolvane.conf
+    log=$XDG_STATE_HOME/Tolvane/Tolvane.log
+}
+
 now_ms() { echo $(($(date +%s%N) / 1000000)); }
 
 start_tolvane() {
@@ -192,6 +203,18 @@ choose_item_from_bottom() {
     done
     sleep 0.2
     xdotool key --clearmodifiers Return
+}
+
+# Quit Tolvane from its menu; it must end, and with status 0.
+quit_from_menu() {
+    step "quit from the menu"
+    open_menu
+    choose_item_from_bottom 1
+    wait_for "the process to end" bash -c "! kill -0 $tolvane_pid 2>/dev/null"
+    local code=0
+    wait "$tolvane_pid" || code=$?
+    [[ $code -eq 0 ]] || fail "tolvane ended with status $code"
+    tolvane_pid=
 }
 
 # Pixels of FILE darker than a third of full brightness: text on a light panel.

@@ -9,6 +9,7 @@ TEST(AutostartEntry, WhatTolvaneWritesCountsAsEnabled) {
     const std::string entry = autostartEntryText("/usr/bin/tolvane");
     EXPECT_NE(entry.find("[Desktop Entry]\n"), std::string::npos);
     EXPECT_NE(entry.find("\nExec=/usr/bin/tolvane\n"), std::string::npos);
+    EXPECT_NE(entry.find("\nTryExec=/usr/bin/tolvane\n"), std::string::npos);
     EXPECT_NE(entry.find("\nType=Application\n"), std::string::npos);
     EXPECT_TRUE(autostartEntryEnabled(entry));
     EXPECT_TRUE(autostartEntryEnabled(autostartEntryText("/opt/My Apps/tolvane")));
@@ -40,10 +41,39 @@ TEST(AutostartEntry, HiddenForeignOrGarbageEntriesAreNotEnabled) {
     }
 }
 
+// A desktop entry file escapes its string values first, and Exec quotes its arguments on top,
+// so a backslash in a quoted path takes four; a percent sign is doubled in any Exec argument.
+TEST(AutostartEntry, AwkwardPathsAreEscapedTwiceInExecAndOnceInTryExec) {
+    struct Case {
+        const char* path;
+        const char* exec;
+        const char* tryExec;
+    };
+    const Case cases[] = {
+        {"/opt/My Apps/tolvane", "\"/opt/My Apps/tolvane\"", "/opt/My Apps/tolvane"},
+        {"/opt/a\\b/tolvane", "\"/opt/a\\\\\\\\b/tolvane\"", "/opt/a\\\\b/tolvane"},
+        {"/opt/100%/tolvane", "\"/opt/100%%/tolvane\"", "/opt/100%/tolvane"},
+        {"/opt/$x/tolvane", "\"/opt/\\\\$x/tolvane\"", "/opt/$x/tolvane"},
+    };
+    for (const Case& c : cases) {
+        const std::string entry = autostartEntryText(c.path);
+        EXPECT_NE(entry.find("\nExec=" + std::string(c.exec) + "\n"), std::string::npos)
+            << c.path << "\n"
+            << entry;
+        EXPECT_NE(entry.find("\nTryExec=" + std::string(c.tryExec) + "\n"), std::string::npos)
+            << c.path;
+        const std::string unmarked = entry.substr(0, entry.find("X-Tolvane-Autostart"));
+        EXPECT_TRUE(autostartEntryEnabled(unmarked)) << "Exec read back as a tolvane: " << c.path;
+    }
+    const std::string other = autostartEntryText("/opt/a\\b/tolvane-old");
+    EXPECT_FALSE(autostartEntryEnabled(other.substr(0, other.find("X-Tolvane-Autostart"))));
+}
+
 TEST(QuoteExecArgument, QuotesOnlyWhereTheDesktopEntryRulesNeedIt) {
     EXPECT_EQ(quoteExecArgument("/usr/bin/tolvane"), "/usr/bin/tolvane");
     EXPECT_EQ(quoteExecArgument("/opt/My Apps/tolvane"), "\"/opt/My Apps/tolvane\"");
     EXPECT_EQ(quoteExecArgument("/a$b\"c`d\\e"), "\"/a\\$b\\\"c\\`d\\\\e\"");
+    EXPECT_EQ(quoteExecArgument("/a%b"), "\"/a%%b\"");
 }
 
 } // namespace

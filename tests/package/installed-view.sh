@@ -1,0 +1,47 @@
+#!/bin/bash
+# Runs COMMAND as if the package in the throwaway root ROOT were installed on this machine,
+# without touching the machine: in a mount namespace of its own, ROOT/usr is laid over /usr,
+# whatever is written to /etc lands in ROOT/etc (an overlay's upper layer), and /dev holds no
+# input devices, so the program in there never grabs the host's mouse or keyboard and always
+# starts without input access. Needs root, or user namespaces when run as another user.
+#
+#   installed-view.sh ROOT COMMAND...
+set -euo pipefail
+
+root=$(realpath "$1")
+shift
+if [[ ${TOLVANE_IN_INSTALLED_VIEW:-} != 1 ]]; then
+    namespace=(--mount --propagation private)
+    [[ $(id -u) -eq 0 ]] || namespace+=(--map-root-user)
+    export TOLVANE_IN_INSTALLED_VIEW=1
+    if ! unshare "${namespace[@]}" true; then
+        echo "FAIL: cannot make a mount namespace (unshare ${namespace[*]})" >&2
+        exit 1
+    fi
+    exec unshare "${namespace[@]}" -- "$0" "$root" "$@"
+fi
+
+# The overlay's work folder must be on the file system of its upper layer.
+scratch=$root.view
+rm -rf "$scratch"
+mkdir -p "$scratch/etc-work" "$scratch/host-dev"
+# Inside a user namespace the overlay keeps its notes in user.* extended attributes.
+xattrs=""
+read -r _ outside _ </proc/self/uid_map
+[[ $outside -eq 0 ]] || xattrs=,userxattr
+
+mount -t overlay tolvane-usr -o "lowerdir=$root/usr:/usr" /usr
+mount -t overlay tolvane-etc -o "lowerdir=/etc,upperdir=$root/etc,workdir=$scratch/etc-work$xattrs" /etc
+
+mount --rbind /dev "$scratch/host-dev"
+mount -t tmpfs -o mode=755 tolvane-dev /dev
+for node in null zero full random urandom tty; do
+    touch "/dev/$node"
+    mount --bind "$scratch/host-dev/$node" "/dev/$node"
+done
+mkdir /dev/shm /dev/pts
+mount -t tmpfs -o mode=1777 tolvane-shm /dev/shm
+ln -s /proc/self/fd /dev/fd
+umount -l "$scratch/host-dev"
+
+exec "$@"

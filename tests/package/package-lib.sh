@@ -1,0 +1,42 @@
+# Helpers of the package tier's scripts. Sourced, not run.
+
+step() { echo "--- [${SECONDS}s] $*"; }
+
+fail() {
+    echo "FAIL: $*" >&2
+    exit 1
+}
+
+# The one package that scripts/package left in BUILD_DIR.
+package_file() {
+    local debs=("$1"/tolvane_*.deb)
+    [[ ${#debs[@]} -eq 1 && -f ${debs[0]} ]] || fail "expected one tolvane_*.deb in $1"
+    echo "${debs[0]}"
+}
+
+# The value of KEY in the [Desktop Entry] group of FILE; nothing when it is absent.
+desktop_value() {
+    awk -v key="$2" '
+        /^\[/ { group = $0; next }
+        group == "[Desktop Entry]" && index($0, key "=") == 1 {
+            print substr($0, length(key) + 2); exit
+        }' "$1"
+}
+
+# The program an Exec value starts, when it is a plain absolute path and nothing else: the
+# only form Tolvane's entries need, and the only one these checks accept.
+exec_program() {
+    [[ $1 =~ ^/[^[:space:]\"\'\\%]+$ ]] || fail "Exec is not one plain absolute path: '$1'"
+    echo "$1"
+}
+
+# dpkg on the throwaway root ROOT: maintainer scripts run outside a chroot, with DPKG_ROOT
+# set, and the dependencies, which this root does not hold, are not checked here.
+dpkg_in_root() {
+    local root=$1
+    shift
+    local as_root=()
+    [[ $(id -u) -eq 0 ]] || as_root=(fakeroot)
+    PATH=$PATH:/usr/sbin:/sbin "${as_root[@]}" dpkg --root="$root" --log=/dev/null --force-not-root \
+        --force-script-chrootless --force-depends "$@"
+}
