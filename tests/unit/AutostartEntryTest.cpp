@@ -5,13 +5,16 @@
 namespace tolvane {
 namespace {
 
-TEST(AutostartEntry, WhatTolvaneWritesCountsAsEnabled) {
-    const std::string entry = autostartEntryText("/usr/bin/tolvane");
-    EXPECT_NE(entry.find("[Desktop Entry]\n"), std::string::npos);
-    EXPECT_NE(entry.find("\nExec=/usr/bin/tolvane\n"), std::string::npos);
-    EXPECT_NE(entry.find("\nType=Application\n"), std::string::npos);
-    EXPECT_TRUE(autostartEntryEnabled(entry));
-    EXPECT_TRUE(autostartEntryEnabled(autostartEntryText("/opt/My Apps/tolvane")));
+TEST(AutostartEntry, WhatTolvaneWritesQuotesTheProgramWhereNeededAndCountsAsEnabled) {
+    for (auto [program, exec] : {std::pair{"/usr/bin/tolvane", "/usr/bin/tolvane"},
+                                 {"/opt/My Apps/tolvane", "\"/opt/My Apps/tolvane\""},
+                                 {"/a$b\"c`d\\e/tolvane", "\"/a\\$b\\\"c\\`d\\\\e/tolvane\""}}) {
+        const std::string entry = autostartEntryText(program);
+        EXPECT_NE(entry.find("[Desktop Entry]\n"), std::string::npos) << entry;
+        EXPECT_NE(entry.find("\nExec=" + std::string(exec) + "\n"), std::string::npos) << entry;
+        EXPECT_NE(entry.find("\nType=Application\n"), std::string::npos) << entry;
+        EXPECT_TRUE(autostartEntryEnabled(entry)) << entry;
+    }
 }
 
 TEST(AutostartEntry, HiddenForeignOrGarbageEntriesAreNotEnabled) {
@@ -38,12 +41,6 @@ TEST(AutostartEntry, HiddenForeignOrGarbageEntriesAreNotEnabled) {
     for (const Case& c : cases) {
         EXPECT_EQ(autostartEntryEnabled(c.content), c.enabled) << c.what;
     }
-}
-
-TEST(QuoteExecArgument, QuotesOnlyWhereTheDesktopEntryRulesNeedIt) {
-    EXPECT_EQ(quoteExecArgument("/usr/bin/tolvane"), "/usr/bin/tolvane");
-    EXPECT_EQ(quoteExecArgument("/opt/My Apps/tolvane"), "\"/opt/My Apps/tolvane\"");
-    EXPECT_EQ(quoteExecArgument("/a$b\"c`d\\e"), "\"/a\\$b\\\"c\\`d\\\\e\"");
 }
 
 } // namespace
