@@ -22,30 +22,19 @@ template <typename Row> Row* rowOf(QAction* action) {
 std::vector<std::string> describe(QMenu* menu) {
     std::vector<std::string> lines;
     for (QAction* action : menu->actions()) {
-        if (action->isSeparator()) {
-            lines.push_back("---");
-        } else if (rowOf<HeaderView>(action)) {
-            lines.push_back("[header]");
-        } else if (rowOf<StatsView>(action)) {
-            lines.push_back("[stats]");
-        } else if (rowOf<CleanKeyboardRow>(action)) {
-            lines.push_back("[clean]");
-        } else if (rowOf<SectionCaption>(action)) {
-            lines.push_back("[caption]");
-        } else {
-            std::string line = action->text().toStdString();
-            if (action->isCheckable()) {
-                line += action->isChecked() ? " [x]" : " [ ]";
-            }
-            if (!action->icon().isNull()) {
-                line += " +icon";
-            }
-            if (!action->shortcut().isEmpty()) {
-                line += " <" + action->shortcut().toString().toStdString() + ">";
-                EXPECT_TRUE(action->isShortcutVisibleInContextMenu()) << line;
-            }
-            lines.push_back(line);
+        std::string line = action->isSeparator()             ? "---"
+                           : rowOf<HeaderView>(action)       ? "[header]"
+                           : rowOf<StatsView>(action)        ? "[stats]"
+                           : rowOf<CleanKeyboardRow>(action) ? "[clean]"
+                           : rowOf<SectionCaption>(action)   ? "[caption]"
+                                                             : action->text().toStdString();
+        line += !action->isCheckable() ? "" : action->isChecked() ? " [x]" : " [ ]";
+        line += action->icon().isNull() ? "" : " +icon";
+        if (!action->shortcut().isEmpty()) {
+            line += " <" + action->shortcut().toString().toStdString() + ">";
+            EXPECT_TRUE(action->isShortcutVisibleInContextMenu()) << line;
         }
+        lines.push_back(line);
     }
     return lines;
 }
