@@ -28,12 +28,9 @@ protected:
     QTemporaryDir dir;
 };
 
-TEST_F(ProcFolder, ReadsTicksAndMemoryFromRecordedFiles) {
-    write("stat", "cpu  55324 0 19158 1649236 503 0 280 0 0 0\n"
-                  "cpu0 26907 0 8520 826480 60 0 113 0 0 0\n");
-    write("meminfo", "MemTotal:       24683620 kB\n"
-                     "MemFree:        24428856 kB\n"
-                     "MemAvailable:   24379576 kB\n");
+TEST_F(ProcFolder, ReadsTicksAndMemoryFromTheFilesAndNothingFromBrokenOnes) {
+    write("stat", "cpu  55324 0 19158 1649236 503 0 280 0 0 0\ncpu0 26907 0 8520 826480 60\n");
+    write("meminfo", "MemTotal:       24683620 kB\nMemAvailable:   24379576 kB\n");
     auto stats = host();
     const auto ticks = stats.cpuTicks();
     ASSERT_TRUE(ticks);
@@ -41,20 +38,15 @@ TEST_F(ProcFolder, ReadsTicksAndMemoryFromRecordedFiles) {
     EXPECT_EQ(ticks->total, 74762u + 1649236 + 503);
     EXPECT_EQ(stats.physicalMemoryBytes(), 24683620ull * 1024);
     EXPECT_EQ(stats.memoryUsedBytes(), (24683620ull - 24379576ull) * 1024);
-}
 
-TEST_F(ProcFolder, MissingUnreadableOrBrokenFilesGiveAbsentFigures) {
-    auto empty = host();
-    EXPECT_FALSE(empty.cpuTicks());
-    EXPECT_FALSE(empty.memoryUsedBytes());
-    EXPECT_EQ(empty.physicalMemoryBytes(), 0u);
-
+    ASSERT_TRUE(QFile::remove(dir.filePath("stat")));
     ASSERT_TRUE(QDir(dir.path()).mkdir(QStringLiteral("stat"))); // read() fails with EISDIR
     write("meminfo", QByteArray(9000, '\xff'));
     auto broken = host();
     EXPECT_FALSE(broken.cpuTicks());
     EXPECT_FALSE(broken.memoryUsedBytes());
     EXPECT_EQ(broken.physicalMemoryBytes(), 0u);
+    EXPECT_FALSE(oslinux::ProcHostStatistics("/no/such/proc", "/no/such/volume").rootVolume());
 }
 
 TEST_F(ProcFolder, AFileLongerThanTheBufferIsCutAtAWholeLine) {
@@ -63,19 +55,13 @@ TEST_F(ProcFolder, AFileLongerThanTheBufferIsCutAtAWholeLine) {
     while (text.size() < 4096 - 20) {
         text += "Filler:  1 kB\n";
     }
-    text += "MemAvailable:  4194304 kB\n";
-    write("meminfo", text);
+    write("meminfo", text + "MemAvailable:  4194304 kB\n");
     auto stats = host();
     EXPECT_FALSE(stats.memoryUsedBytes());
     EXPECT_EQ(stats.physicalMemoryBytes(), 8388608ull * 1024);
 }
 
-TEST_F(ProcFolder, MissingVolumeIsAbsent) {
-    oslinux::ProcHostStatistics stats(dir.path().toStdString(), "/no/such/volume");
-    EXPECT_FALSE(stats.rootVolume());
-}
-
-TEST(ProcHostStatistics, TheRealSystemGivesSaneFigures) {
+TEST(ProcHostStatistics, TheRealSystemGivesSaneFiguresWellUnderAMillisecondASample) {
     oslinux::ProcHostStatistics host;
     const auto ticks = host.cpuTicks();
     ASSERT_TRUE(ticks);
@@ -85,14 +71,9 @@ TEST(ProcHostStatistics, TheRealSystemGivesSaneFigures) {
     ASSERT_TRUE(used);
     EXPECT_GT(host.physicalMemoryBytes(), *used);
     const auto volume = host.rootVolume();
-    ASSERT_TRUE(volume);
-    EXPECT_GT(volume->totalBytes, 0);
-    ASSERT_TRUE(volume->availableBytes);
+    ASSERT_TRUE(volume && volume->availableBytes);
     EXPECT_LE(*volume->availableBytes, volume->totalBytes);
-}
 
-TEST(ProcHostStatistics, OneSampleOfAllThreeReadingsTakesWellUnderAMillisecond) {
-    oslinux::ProcHostStatistics host;
     SystemStats stats(host);
     std::vector<double> micros;
     for (int round = 0; round < 200; ++round) {
@@ -102,12 +83,9 @@ TEST(ProcHostStatistics, OneSampleOfAllThreeReadingsTakesWellUnderAMillisecond) 
             std::chrono::duration<double, std::micro>(std::chrono::steady_clock::now() - start)
                 .count());
     }
-    std::sort(micros.begin(), micros.end());
-    const double median = micros[micros.size() / 2];
-    RecordProperty("sample_median_us", int(median));
-    EXPECT_LT(median, 1000.0);
-    EXPECT_NE(stats.cpu().detail, "\u2014");
-    EXPECT_NE(stats.memory().detail, "\u2014");
+    std::nth_element(micros.begin(), micros.begin() + 100, micros.end());
+    RecordProperty("sample_median_us", int(micros[100]));
+    EXPECT_LT(micros[100], 1000.0);
     EXPECT_NE(stats.storage().detail, "\u2014");
 }
 

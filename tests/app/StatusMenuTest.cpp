@@ -22,30 +22,19 @@ template <typename Row> Row* rowOf(QAction* action) {
 std::vector<std::string> describe(QMenu* menu) {
     std::vector<std::string> lines;
     for (QAction* action : menu->actions()) {
-        if (action->isSeparator()) {
-            lines.push_back("---");
-        } else if (rowOf<HeaderView>(action)) {
-            lines.push_back("[header]");
-        } else if (rowOf<StatsView>(action)) {
-            lines.push_back("[stats]");
-        } else if (rowOf<CleanKeyboardRow>(action)) {
-            lines.push_back("[clean]");
-        } else if (rowOf<SectionCaption>(action)) {
-            lines.push_back("[caption]");
-        } else {
-            std::string line = action->text().toStdString();
-            if (action->isCheckable()) {
-                line += action->isChecked() ? " [x]" : " [ ]";
-            }
-            if (!action->icon().isNull()) {
-                line += " +icon";
-            }
-            if (!action->shortcut().isEmpty()) {
-                line += " <" + action->shortcut().toString().toStdString() + ">";
-                EXPECT_TRUE(action->isShortcutVisibleInContextMenu()) << line;
-            }
-            lines.push_back(line);
+        std::string line = action->isSeparator()             ? "---"
+                           : rowOf<HeaderView>(action)       ? "[header]"
+                           : rowOf<StatsView>(action)        ? "[stats]"
+                           : rowOf<CleanKeyboardRow>(action) ? "[clean]"
+                           : rowOf<SectionCaption>(action)   ? "[caption]"
+                                                             : action->text().toStdString();
+        line += !action->isCheckable() ? "" : action->isChecked() ? " [x]" : " [ ]";
+        line += action->icon().isNull() ? "" : " +icon";
+        if (!action->shortcut().isEmpty()) {
+            line += " <" + action->shortcut().toString().toStdString() + ">";
+            EXPECT_TRUE(action->isShortcutVisibleInContextMenu()) << line;
         }
+        lines.push_back(line);
     }
     return lines;
 }
@@ -87,32 +76,14 @@ protected:
     }
 };
 
-TEST_F(StatusMenu, TrustedTrackpadAutoOnLoginOff) {
+TEST_F(StatusMenu, ItemsTextsOrderAndShortcutsFollowTheState) {
     EXPECT_EQ(describe(launchedMenu()),
               (std::vector<std::string>{"[header]", "[stats]", "[clean]", "---", "[caption]",
                                         "Switch to Mouse scrolling +icon <Ctrl+T>",
                                         "Auto-switch when mouse connects [x]", "---",
                                         "Launch at login [ ]", "Quit Tolvane <Ctrl+Q>"}));
-}
 
-TEST_F(StatusMenu, WithoutInputAccessTheWarningComesSecondAndTheCleanRowIsOff) {
-    fakes().access.trusted = false;
-    QMenu* menu = launchedMenu();
-    const std::vector<std::string> items = describe(menu);
-    ASSERT_EQ(items.size(), 11u);
-    EXPECT_EQ(items[1], "\u26A0\uFE0E Needs input access");
-    EXPECT_EQ(menu->actions()[1]->text().toUtf8().size(), 25);
-    EXPECT_EQ(items[2], "[stats]");
-
-    openMenu();
-    expectSameRow(menu, 3, CleanKeyboardRow(false, {}));
-
-    recorder().clear();
-    menu->actions()[1]->trigger();
-    EXPECT_EQ(recorder().calls, (std::vector<std::string>{"access.openHelp"}));
-}
-
-TEST_F(StatusMenu, EveryStateShowsInItsItems) {
+    reset();
     writeSettings("[General]\nautoEnabled=false\nmode=mouse\n");
     fakes().login.enabled = true;
     fakes().pointers.present.push_back({"usb-1", {1, 2, 0, "USB Mouse"}});
@@ -127,25 +98,31 @@ TEST_F(StatusMenu, EveryStateShowsInItsItems) {
     expectSameRow(menu, 4, SectionCaption(QStringLiteral("Scrolling")));
 }
 
-TEST_F(StatusMenu, EachBuildAsksForAccessTwiceAndForTheLoginOnce) {
-    launchedMenu();
+TEST_F(StatusMenu, WithoutInputAccessAWarningOpensHelpAndTheCleanRowIsOff) {
+    fakes().access.trusted = false;
+    QMenu* menu = launchedMenu();
+    EXPECT_EQ(describe(menu),
+              (std::vector<std::string>{"[header]", "\u26A0\uFE0E Needs input access", "[stats]",
+                                        "[clean]", "---", "[caption]",
+                                        "Switch to Mouse scrolling +icon <Ctrl+T>",
+                                        "Auto-switch when mouse connects [x]", "---",
+                                        "Launch at login [ ]", "Quit Tolvane <Ctrl+Q>"}));
+    openMenu();
+    expectSameRow(menu, 3, CleanKeyboardRow(false, {}));
     recorder().clear();
-    delegate->toggleLogin();
-    EXPECT_EQ(recorder().calls, (std::vector<std::string>{
-                                    "login.setEnabled true",
-                                    "access.isTrusted",
-                                    "access.isTrusted",
-                                }));
-    EXPECT_EQ(describe(delegate->menu())[8], "Launch at login [x]");
+    menu->actions()[1]->trigger();
+    EXPECT_EQ(recorder().calls, (std::vector<std::string>{"access.openHelp"}));
 }
 
-TEST_F(StatusMenu, ItemsRunTheirActionsAndTheNextMenuShowsTheResult) {
-    QMenu* menu = launchedMenu();
-    itemNamed(menu, "Switch to Mouse scrolling")->trigger();
+TEST_F(StatusMenu, ItemsAndTheirShortcutsActAndTheNextMenuShowsTheResult) {
+    launchedMenu();
+    QMenu* open = openMenu();
+    QTest::keyClick(open->windowHandle(), Qt::Key_T, Qt::ControlModifier);
     settle();
     EXPECT_EQ(delegate->currentState().mode, ScrollMode::mouse);
+    EXPECT_EQ(storedText("mode"), "mouse");
+    EXPECT_FALSE(delegate->statsForTesting().isSampling()) << "the menu closed as on a click";
     EXPECT_TRUE(itemNamed(delegate->menu(), "Switch to Natural scrolling"));
-    EXPECT_TRUE(itemNamed(delegate->menu(), "Auto-switch when mouse connects")->isChecked());
 
     itemNamed(delegate->menu(), "Auto-switch when mouse connects")->trigger();
     settle();
@@ -153,20 +130,11 @@ TEST_F(StatusMenu, ItemsRunTheirActionsAndTheNextMenuShowsTheResult) {
     EXPECT_EQ(storedText("autoEnabled"), "false");
     EXPECT_FALSE(itemNamed(delegate->menu(), "Auto-switch when mouse connects")->isChecked());
 
+    itemNamed(delegate->menu(), "Launch at login")->trigger();
+    EXPECT_TRUE(itemNamed(delegate->menu(), "Launch at login")->isChecked());
     fakes().login.failWith = "read-only folder";
     itemNamed(delegate->menu(), "Launch at login")->trigger();
-    EXPECT_FALSE(itemNamed(delegate->menu(), "Launch at login")->isChecked());
-}
-
-TEST_F(StatusMenu, ShortcutsWorkWhileTheMenuIsOpen) {
-    launchedMenu();
-    QMenu* open = openMenu();
-    ASSERT_TRUE(open->isVisible());
-    QTest::keyClick(open->windowHandle(), Qt::Key_T, Qt::ControlModifier);
-    settle();
-    EXPECT_EQ(delegate->currentState().mode, ScrollMode::mouse);
-    EXPECT_EQ(storedText("mode"), "mouse");
-    EXPECT_FALSE(delegate->statsForTesting().isSampling()) << "the menu closed as on a click";
+    EXPECT_TRUE(itemNamed(delegate->menu(), "Launch at login")->isChecked());
 
     open = openMenu();
     QSignalSpy quitChosen(itemNamed(open, "Quit Tolvane"), &QAction::triggered);
@@ -179,7 +147,7 @@ TEST_F(StatusMenu, TheSamplerRunsOnlyWhileTheMenuIsOpen) {
     launchedMenu();
     SystemStats& stats = delegate->statsForTesting();
     const int before = fakes().host.samples;
-    wait(1700);
+    settle(1700);
     EXPECT_FALSE(stats.isSampling());
     EXPECT_EQ(fakes().host.samples, before);
 
@@ -188,13 +156,13 @@ TEST_F(StatusMenu, TheSamplerRunsOnlyWhileTheMenuIsOpen) {
     EXPECT_EQ(fakes().host.samples, before + 1);
     menu->popup(QPoint(60, 60)); // a second opening without a close changes nothing
     EXPECT_EQ(fakes().host.samples, before + 1);
-    wait(1600);
+    settle(1600);
     EXPECT_EQ(fakes().host.samples, before + 2);
 
     menu->hide();
     settle();
     EXPECT_FALSE(stats.isSampling());
-    wait(1700);
+    settle(1700);
     EXPECT_EQ(fakes().host.samples, before + 2);
 }
 
@@ -208,7 +176,7 @@ TEST_F(StatusMenu, AClickOnTheCleanRowClosesTheMenuThenLocksTheKeyboard) {
     QTest::mouseClick(menu->windowHandle(), Qt::LeftButton, {}, onCard);
     EXPECT_FALSE(menu->isVisible());
     EXPECT_TRUE(recorder().matching("keyboard.").empty()) << "the lock waits for the delay";
-    wait(100);
+    settle(100);
     EXPECT_EQ(recorder().matching("keyboard."),
               (std::vector<std::string>{"keyboard.grab -> true"}));
     EXPECT_TRUE(delegate->lockForTesting().locked());
@@ -225,7 +193,7 @@ TEST_F(StatusMenu, ClicksOnTheOtherRowsOrADisabledCleanRowLeaveTheMenuOpen) {
                           row->mapTo(menu, row->rect().center()));
         EXPECT_TRUE(menu->isVisible()) << index;
     }
-    wait(100);
+    settle(100);
     EXPECT_TRUE(recorder().matching("keyboard.").empty());
 }
 

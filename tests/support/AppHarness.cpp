@@ -10,8 +10,17 @@
 
 namespace tolvane::testing {
 
-void AppHarness::SetUp() {
-    reset();
+void settle(int ms) {
+    QElapsedTimer clock;
+    clock.start();
+    while (clock.elapsed() < ms) {
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
+    }
+    for (int round = 0; round < 5; ++round) {
+        QCoreApplication::sendPostedEvents();
+        QCoreApplication::processEvents(QEventLoop::AllEvents);
+    }
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
 
 void AppHarness::TearDown() {
@@ -36,23 +45,6 @@ void AppHarness::launch() {
     delegate->applicationDidFinishLaunching();
 }
 
-void AppHarness::settle() {
-    for (int round = 0; round < 5; ++round) {
-        QCoreApplication::sendPostedEvents();
-        QCoreApplication::processEvents(QEventLoop::AllEvents);
-    }
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-}
-
-void AppHarness::wait(int ms) {
-    QElapsedTimer clock;
-    clock.start();
-    while (clock.elapsed() < ms) {
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
-    }
-    settle();
-}
-
 void AppHarness::writeSettings(const QByteArray& content) const {
     QFile file(path);
     ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
@@ -61,11 +53,9 @@ void AppHarness::writeSettings(const QByteArray& content) const {
 
 std::string AppHarness::storedText(const char* key) const {
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
-        return {};
-    }
     const QByteArray prefix = QByteArray(key) + '=';
-    for (const QByteArray& line : file.readAll().split('\n')) {
+    for (const QByteArray& line :
+         file.open(QIODevice::ReadOnly) ? file.readAll().split('\n') : QList<QByteArray>()) {
         if (line.startsWith(prefix)) {
             return line.mid(prefix.size()).trimmed().toStdString();
         }

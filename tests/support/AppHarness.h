@@ -11,25 +11,21 @@
 
 namespace tolvane::testing {
 
+// Runs the event loop for at least `ms` milliseconds, then until nothing is queued, so queued
+// reports and settings writes land and pending deletions happen.
+void settle(int ms = 0);
+
 // An AppDelegate on recording fakes with its settings in a file of its own.
 class AppHarness : public ::testing::Test {
 protected:
-    void SetUp() override;
+    void SetUp() override { reset(); }
     void TearDown() override;
 
     // A new platform, settings file and delegate, as for a new start of the program.
     void reset();
     void launch();
 
-    // Runs the event loop until nothing is queued, so queued reports and settings writes land.
-    static void settle();
-
-    // Runs the event loop for `ms` milliseconds.
-    static void wait(int ms);
-
-    QString settingsPath() const { return path; }
     void writeSettings(const QByteArray& content) const;
-
     // The raw value written under `key` in the settings file, "" when there is none.
     std::string storedText(const char* key) const;
 
@@ -39,8 +35,6 @@ protected:
     std::unique_ptr<FakePlatform> fakePlatform;
     std::unique_ptr<AppDelegate> delegate;
     AppTiming timing{std::chrono::milliseconds(60), std::chrono::milliseconds(20)};
-
-private:
     QString path;
 };
 

@@ -4,24 +4,21 @@
 
 namespace tolvane::testing {
 
-bool FakeInputAccess::isTrusted() {
-    recorder.record("access.isTrusted");
-    return trusted;
+std::vector<std::string> Recorder::matching(const std::string& prefix) const {
+    std::vector<std::string> found;
+    std::copy_if(calls.begin(), calls.end(), std::back_inserter(found),
+                 [&prefix](const std::string& call) { return call.rfind(prefix, 0) == 0; });
+    return found;
 }
 
 bool FakeScrollTap::create(platform::WheelEventFilter f, void* c) {
-    bool answer = available;
-    if (!answers.empty()) {
-        answer = answers.front();
-        answers.pop_front();
-    }
-    recorder.record(std::string("scrollTap.create -> ") + (answer ? "true" : "false"));
-    if (answer) {
+    recorder.record(available ? "scrollTap.create -> true" : "scrollTap.create -> false");
+    if (available) {
         filter = f;
         context = c;
         ++created;
     }
-    return answer;
+    return available;
 }
 
 std::vector<InputEvent> FakeScrollTap::pass(std::vector<InputEvent> events) const {
@@ -29,16 +26,6 @@ std::vector<InputEvent> FakeScrollTap::pass(std::vector<InputEvent> events) cons
         filter(context, events.data(), events.size());
     }
     return events;
-}
-
-void FakePointerDevices::open(Callbacks c) {
-    recorder.record("pointers.open");
-    callbacks = std::move(c);
-}
-
-std::vector<platform::PointerDevice> FakePointerDevices::current() {
-    recorder.record("pointers.current");
-    return present;
 }
 
 void FakePointerDevices::plug(const platform::PointerDevice& device) {
@@ -51,50 +38,23 @@ void FakePointerDevices::plug(const platform::PointerDevice& device) {
 void FakePointerDevices::unplug(const std::string& id) {
     const auto found = std::find_if(present.begin(), present.end(),
                                     [&id](const platform::PointerDevice& d) { return d.id == id; });
-    if (found == present.end()) {
-        return;
+    if (found != present.end()) {
+        const platform::PointerDevice device = *found;
+        present.erase(found);
+        if (callbacks.removed) {
+            callbacks.removed(device);
+        }
     }
-    const platform::PointerDevice device = *found;
-    present.erase(found);
-    if (callbacks.removed) {
-        callbacks.removed(device);
-    }
-}
-
-bool FakeKeyboardGrab::grab() {
-    recorder.record(std::string("keyboard.grab -> ") + (grantable ? "true" : "false"));
-    held = grantable;
-    return grantable;
-}
-
-void FakeKeyboardGrab::release() {
-    recorder.record("keyboard.release");
-    held = false;
-}
-
-std::optional<platform::CpuTicks> FakeHostStatistics::cpuTicks() {
-    ++samples;
-    recorder.record("host.cpuTicks");
-    return ticks;
-}
-
-std::optional<std::uint64_t> FakeHostStatistics::memoryUsedBytes() {
-    return memoryUsed;
 }
 
 bool FakeLoginRegistration::setEnabled(bool value, std::string& failure) {
-    recorder.record(std::string("login.setEnabled ") + (value ? "true" : "false"));
+    recorder.record(value ? "login.setEnabled true" : "login.setEnabled false");
     if (failWith) {
         failure = *failWith;
         return false;
     }
     enabled = value;
     return true;
-}
-
-std::optional<bool> FakeScrollSetting::naturalScroll() {
-    recorder.record("scrollSetting.naturalScroll");
-    return natural;
 }
 
 } // namespace tolvane::testing

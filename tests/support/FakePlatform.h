@@ -1,55 +1,66 @@
 #pragma once
 
 #include "platform/Platform.h"
-#include "support/Recorder.h"
 
-#include <deque>
 #include <optional>
 #include <string>
 #include <vector>
 
 namespace tolvane::testing {
 
-// Recording fakes of every platform interface. Each records its calls in the shared journal
-// ("scrollTap.create", "log: Tolvane: ...") and answers what the test has scripted.
-
-class FakeInputAccess final : public platform::InputAccess {
+// One journal shared by every fake of a test, so a test can check the order of calls across
+// interfaces and log lines together: "keyboard.grab -> true", "log: Tolvane: ...".
+class Recorder {
 public:
-    explicit FakeInputAccess(Recorder& r) : recorder(r) {}
-    bool isTrusted() override;
+    void record(std::string call) { calls.push_back(std::move(call)); }
+    void clear() { calls.clear(); }
+
+    // The calls whose text starts with `prefix`, in order.
+    std::vector<std::string> matching(const std::string& prefix) const;
+
+    std::vector<std::string> calls;
+};
+
+// Recording fakes of the platform interfaces. Each records the calls the OS would see and
+// answers what the test has scripted.
+class Recording {
+public:
+    explicit Recording(Recorder& r) : recorder(r) {}
+
+protected:
+    Recorder& recorder;
+};
+
+class FakeInputAccess final : public platform::InputAccess, Recording {
+public:
+    using Recording::Recording;
+    bool isTrusted() override { return trusted; }
     void requestAccess() override { recorder.record("access.requestAccess"); }
     void openHelp() override { recorder.record("access.openHelp"); }
 
     bool trusted = true;
-
-private:
-    Recorder& recorder;
 };
 
-class FakeScrollTap final : public platform::ScrollTap {
+class FakeScrollTap final : public platform::ScrollTap, Recording {
 public:
-    explicit FakeScrollTap(Recorder& r) : recorder(r) {}
+    using Recording::Recording;
     bool create(platform::WheelEventFilter filter, void* context) override;
 
     // Passes events through the installed filter as the real tap would before re-emitting.
     std::vector<InputEvent> pass(std::vector<InputEvent> events) const;
 
-    // Answers of create(), front first; once empty, `available` answers.
-    std::deque<bool> answers;
-    bool available = true;
+    bool available = true; // the answer of create()
     int created = 0;
 
 private:
-    Recorder& recorder;
     platform::WheelEventFilter filter = nullptr;
     void* context = nullptr;
 };
 
 class FakePointerDevices final : public platform::PointerDevices {
 public:
-    explicit FakePointerDevices(Recorder& r) : recorder(r) {}
-    void open(Callbacks callbacks) override;
-    std::vector<platform::PointerDevice> current() override;
+    void open(Callbacks c) override { callbacks = std::move(c); }
+    std::vector<platform::PointerDevice> current() override { return present; }
 
     // What a device arrival or removal delivers after open().
     void plug(const platform::PointerDevice& device);
@@ -58,74 +69,63 @@ public:
     std::vector<platform::PointerDevice> present;
 
 private:
-    Recorder& recorder;
     Callbacks callbacks;
 };
 
-class FakeKeyboardGrab final : public platform::KeyboardGrab {
+class FakeKeyboardGrab final : public platform::KeyboardGrab, Recording {
 public:
-    explicit FakeKeyboardGrab(Recorder& r) : recorder(r) {}
-    bool grab() override;
-    void release() override;
+    using Recording::Recording;
+    bool grab() override {
+        recorder.record(grantable ? "keyboard.grab -> true" : "keyboard.grab -> false");
+        return held = grantable;
+    }
+    void release() override {
+        recorder.record("keyboard.release");
+        held = false;
+    }
 
     bool grantable = true;
     bool held = false;
-
-private:
-    Recorder& recorder;
 };
 
 class FakeHostStatistics final : public platform::HostStatistics {
 public:
-    explicit FakeHostStatistics(Recorder& r) : recorder(r) {}
-    std::optional<platform::CpuTicks> cpuTicks() override;
-    std::optional<std::uint64_t> memoryUsedBytes() override;
-    std::uint64_t physicalMemoryBytes() override { return physicalMemory; }
-    int activeProcessorCount() override { return processors; }
-    std::optional<platform::RootVolume> rootVolume() override { return volume; }
+    std::optional<platform::CpuTicks> cpuTicks() override {
+        ++samples;
+        return ticks;
+    }
+    std::optional<std::uint64_t> memoryUsedBytes() override { return 6ull << 30; }
+    std::uint64_t physicalMemoryBytes() override { return 16ull << 30; }
+    int activeProcessorCount() override { return 8; }
+    std::optional<platform::RootVolume> rootVolume() override {
+        return platform::RootVolume{1000000000000, 500000000000};
+    }
 
     std::optional<platform::CpuTicks> ticks = platform::CpuTicks{1000, 4000};
-    std::optional<std::uint64_t> memoryUsed = 6ull << 30;
-    std::uint64_t physicalMemory = 16ull << 30;
-    int processors = 8;
-    std::optional<platform::RootVolume> volume = platform::RootVolume{1000000000000, 500000000000};
     int samples = 0;
-
-private:
-    Recorder& recorder;
 };
 
-class FakeLoginRegistration final : public platform::LoginRegistration {
+class FakeLoginRegistration final : public platform::LoginRegistration, Recording {
 public:
-    explicit FakeLoginRegistration(Recorder& r) : recorder(r) {}
+    using Recording::Recording;
     bool isEnabled() override { return enabled; }
-    bool setEnabled(bool enabled, std::string& failure) override;
+    bool setEnabled(bool value, std::string& failure) override;
 
     bool enabled = false;
     std::optional<std::string> failWith;
-
-private:
-    Recorder& recorder;
 };
 
 class FakeScrollSetting final : public platform::ScrollSetting {
 public:
-    explicit FakeScrollSetting(Recorder& r) : recorder(r) {}
-    std::optional<bool> naturalScroll() override;
+    std::optional<bool> naturalScroll() override { return natural; }
 
     std::optional<bool> natural;
-
-private:
-    Recorder& recorder;
 };
 
-class FakeSystemLog final : public platform::SystemLog {
+class FakeSystemLog final : public platform::SystemLog, Recording {
 public:
-    explicit FakeSystemLog(Recorder& r) : recorder(r) {}
+    using Recording::Recording;
     void write(const std::string& text) override { recorder.record("log: " + text); }
-
-private:
-    Recorder& recorder;
 };
 
 // All fakes on one journal, and the Platform that hands them out.
@@ -133,11 +133,11 @@ struct FakePlatform {
     Recorder recorder;
     FakeInputAccess access{recorder};
     FakeScrollTap scrollTap{recorder};
-    FakePointerDevices pointers{recorder};
+    FakePointerDevices pointers;
     FakeKeyboardGrab keyboard{recorder};
-    FakeHostStatistics host{recorder};
+    FakeHostStatistics host;
     FakeLoginRegistration login{recorder};
-    FakeScrollSetting scrollSetting{recorder};
+    FakeScrollSetting scrollSetting;
     FakeSystemLog systemLog{recorder};
     platform::Platform platform{access, scrollTap, pointers,      keyboard,
                                 host,   login,     scrollSetting, systemLog};

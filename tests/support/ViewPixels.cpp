@@ -1,7 +1,5 @@
 #include "support/ViewPixels.h"
 
-#include <QCoreApplication>
-#include <QDir>
 #include <QPainter>
 #include <QWidget>
 
@@ -41,11 +39,13 @@ QImage renderOnPanel(QWidget& widget, const QPalette& panel, qreal scale, QSize 
     return image.convertToFormat(QImage::Format_RGB32);
 }
 
-bool closeTo(QColor a, QColor b, int tolerance) {
-    return std::abs(a.red() - b.red()) <= tolerance &&
-           std::abs(a.green() - b.green()) <= tolerance &&
-           std::abs(a.blue() - b.blue()) <= tolerance &&
-           std::abs(a.alpha() - b.alpha()) <= tolerance;
+::testing::AssertionResult closeTo(QColor a, QColor b, int tolerance) {
+    const bool close =
+        std::abs(a.red() - b.red()) <= tolerance && std::abs(a.green() - b.green()) <= tolerance &&
+        std::abs(a.blue() - b.blue()) <= tolerance && std::abs(a.alpha() - b.alpha()) <= tolerance;
+    return (close ? ::testing::AssertionSuccess() : ::testing::AssertionFailure())
+           << a.name(QColor::HexArgb).toStdString() << (close ? " is" : " is not") << " within "
+           << tolerance << " of " << b.name(QColor::HexArgb).toStdString();
 }
 
 int countPixels(const QImage& image, const QRect& area, const std::function<bool(QColor)>& test) {
@@ -68,14 +68,6 @@ int strongestInk(const QImage& image, const QRect& area, QColor background) {
         return false;
     });
     return strongest;
-}
-
-QString keepImage(const QImage& image, const QString& name) {
-    const QString folder = QCoreApplication::applicationDirPath() + QStringLiteral("/failed-views");
-    QDir().mkpath(folder);
-    const QString path = folder + QLatin1Char('/') + name + QStringLiteral(".png");
-    image.save(path);
-    return path;
 }
 
 } // namespace tolvane::testing

@@ -5,6 +5,8 @@
 #include <QPalette>
 #include <QRect>
 
+#include <gtest/gtest.h>
+
 #include <functional>
 
 class QWidget;
@@ -19,16 +21,14 @@ QPalette darkPanel();
 // window colour, as the menu would show it.
 QImage renderOnPanel(QWidget& widget, const QPalette& panel, qreal scale = 1.0, QSize size = {});
 
-// True when every channel of `a`, alpha included, lies within `tolerance` of `b`'s.
-bool closeTo(QColor a, QColor b, int tolerance = 24);
+// Whether every channel of `a`, alpha included, lies within `tolerance` of `b`'s; a failure
+// names both colours.
+::testing::AssertionResult closeTo(QColor a, QColor b, int tolerance = 24);
 
 // Pixels of `area` that satisfy `test`.
 int countPixels(const QImage& image, const QRect& area, const std::function<bool(QColor)>& test);
 
 // Largest difference of a channel from `background` in `area`: how much ink there is.
 int strongestInk(const QImage& image, const QRect& area, QColor background);
-
-// Writes `image` into the build tree's failure folder for a look, and returns the path.
-QString keepImage(const QImage& image, const QString& name);
 
 } // namespace tolvane::testing

@@ -7,7 +7,7 @@
 namespace tolvane {
 namespace {
 
-TEST(GaugeValues, Table) {
+TEST(GaugeValues, ClampRoundHalfAwayFromZeroKeepADotAndWarnFromNinetyPercent) {
     struct Row {
         double fraction;
         GaugeValues expected;
@@ -17,14 +17,11 @@ TEST(GaugeValues, Table) {
         {-0.3, {0.0, 0, 0.005, false}},
         {0.004, {0.004, 0, 0.005, false}},
         {0.005, {0.005, 1, 0.005, false}}, // 0.5 % goes away from zero
-        {0.0051, {0.0051, 1, 0.0051, false}},
         {0.125, {0.125, 13, 0.125, false}},
-        {0.25, {0.25, 25, 0.25, false}},
         {0.5049, {0.5049, 50, 0.5049, false}},
         {0.895, {0.895, 90, 0.895, false}}, // the text rounds, the threshold does not
         {0.8999999, {0.8999999, 90, 0.8999999, false}},
         {0.9, {0.9, 90, 0.9, true}},
-        {0.995, {0.995, 100, 0.995, true}},
         {1.0, {1.0, 100, 1.0, true}},
         {7.5, {1.0, 100, 1.0, true}},
         {std::numeric_limits<double>::infinity(), {1.0, 100, 1.0, true}},

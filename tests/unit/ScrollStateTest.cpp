@@ -2,128 +2,56 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
+#include <sstream>
 
 namespace tolvane {
 namespace {
 
-constexpr ScrollMode T = ScrollMode::trackpad;
-constexpr ScrollMode M = ScrollMode::mouse;
+// Every state against every event. A state is three letters: auto on (T/F), mouse connected
+// (T/F), mode (t)rackpad or (m)ouse.
+constexpr const char* transitions = R"(
+before  setAuto(false)  setAuto(true)  connected  disconnected  toggle
+FFt     FFt             TFt            FTt        FFt           FFm
+FFm     FFm             TFt            FTm        FFm           FFt
+FTt     FTt             TTm            FTt        FFt           FTm
+FTm     FTm             TTm            FTm        FFm           FTt
+TFt     FFt             TFt            TTm        TFt           TFm
+TFm     FFm             TFt            TTm        TFt           TFt
+TTt     FTt             TTm            TTm        TFt           TTm
+TTm     FTm             TTm            TTm        TFt           TTt
+)";
 
-// Every state against every event, as the transition table gives it.
-struct Row {
-    AppState before;
-    AppState afterSetAutoFalse, afterSetAutoTrue, afterConnected, afterDisconnected, afterToggle;
-};
-
-const std::array<Row, 8> transitions{{
-    {{false, false, T},
-     {false, false, T},
-     {true, false, T},
-     {false, true, T},
-     {false, false, T},
-     {false, false, M}},
-    {{false, false, M},
-     {false, false, M},
-     {true, false, T},
-     {false, true, M},
-     {false, false, M},
-     {false, false, T}},
-    {{false, true, T},
-     {false, true, T},
-     {true, true, M},
-     {false, true, T},
-     {false, false, T},
-     {false, true, M}},
-    {{false, true, M},
-     {false, true, M},
-     {true, true, M},
-     {false, true, M},
-     {false, false, M},
-     {false, true, T}},
-    {{true, false, T},
-     {false, false, T},
-     {true, false, T},
-     {true, true, M},
-     {true, false, T},
-     {true, false, M}},
-    {{true, false, M},
-     {false, false, M},
-     {true, false, T},
-     {true, true, M},
-     {true, false, T},
-     {true, false, T}},
-    {{true, true, T},
-     {false, true, T},
-     {true, true, M},
-     {true, true, M},
-     {true, false, T},
-     {true, true, M}},
-    {{true, true, M},
-     {false, true, M},
-     {true, true, M},
-     {true, true, M},
-     {true, false, T},
-     {true, true, T}},
-}};
-
-std::string describe(const AppState& s) {
-    return std::string(s.autoEnabled ? "T" : "F") + (s.mouseConnected ? " T " : " F ") +
-           std::string(modeName(s.mode));
+AppState parse(const std::string& s) {
+    return {s[0] == 'T', s[1] == 'T', s[2] == 'm' ? ScrollMode::mouse : ScrollMode::trackpad};
 }
 
 TEST(Reduce, FollowsTheWholeTransitionTable) {
-    for (const Row& row : transitions) {
-        SCOPED_TRACE(describe(row.before));
-        EXPECT_EQ(reduce(row.before, AppEvent::setAuto(false)), row.afterSetAutoFalse);
-        EXPECT_EQ(reduce(row.before, AppEvent::setAuto(true)), row.afterSetAutoTrue);
-        EXPECT_EQ(reduce(row.before, AppEvent::mouseConnected()), row.afterConnected);
-        EXPECT_EQ(reduce(row.before, AppEvent::mouseDisconnected()), row.afterDisconnected);
-        EXPECT_EQ(reduce(row.before, AppEvent::manualToggle()), row.afterToggle);
+    const AppEvent events[] = {AppEvent::setAuto(false), AppEvent::setAuto(true),
+                               AppEvent::mouseConnected(), AppEvent::mouseDisconnected(),
+                               AppEvent::manualToggle()};
+    std::istringstream table(transitions);
+    std::string line;
+    std::getline(table, line);
+    std::getline(table, line); // the heading
+    int rows = 0;
+    while (std::getline(table, line)) {
+        std::istringstream cells(line);
+        std::string before, after;
+        cells >> before;
+        for (const AppEvent& event : events) {
+            cells >> after;
+            EXPECT_EQ(reduce(parse(before), event), parse(after)) << line;
+        }
+        ++rows;
     }
+    EXPECT_EQ(rows, 8);
 }
 
-TEST(Reduce, ManualToggleTwiceGivesTheStartingState) {
-    for (const Row& row : transitions) {
-        const AppState once = reduce(row.before, AppEvent::manualToggle());
-        EXPECT_NE(once, row.before);
-        EXPECT_EQ(reduce(once, AppEvent::manualToggle()), row.before) << describe(row.before);
-    }
-}
-
-TEST(Reduce, ManualToggleUnderAutoLastsUntilTheNextConnectionEvent) {
-    AppState state{true, true, M};
-    state = reduce(state, AppEvent::manualToggle());
-    EXPECT_EQ(state, (AppState{true, true, T}));
-    EXPECT_EQ(reduce(state, AppEvent::mouseConnected()).mode, M);
-    EXPECT_EQ(reduce(state, AppEvent::setAuto(true)).mode, M);
-}
-
-TEST(Reduce, SwitchingAutoOffKeepsTheModeAfterTheMouseLeaves) {
-    AppState state = reduce({true, true, M}, AppEvent::setAuto(false));
-    state = reduce(state, AppEvent::mouseDisconnected());
-    EXPECT_EQ(state, (AppState{false, false, M}));
-}
-
-TEST(AppEventEquality, ComparesTheSetAutoPayloadOnly) {
-    EXPECT_EQ(AppEvent::setAuto(true), AppEvent::setAuto(true));
-    EXPECT_NE(AppEvent::setAuto(true), AppEvent::setAuto(false));
-    EXPECT_EQ(AppEvent::manualToggle(), AppEvent::manualToggle());
-    EXPECT_NE(AppEvent::mouseConnected(), AppEvent::mouseDisconnected());
-}
-
-TEST(ScrollModeNames, AreTheCaseNamesAndOppositeSwaps) {
-    EXPECT_EQ(modeName(T), "trackpad");
-    EXPECT_EQ(modeName(M), "mouse");
-    EXPECT_EQ(opposite(T), M);
-    EXPECT_EQ(opposite(M), T);
-}
-
-TEST(ShouldInvert, IsTheExclusiveOrOfTrackpadModeAndNaturalBaseline) {
-    EXPECT_FALSE(shouldInvert(T, true));
-    EXPECT_TRUE(shouldInvert(T, false));
-    EXPECT_TRUE(shouldInvert(M, true));
-    EXPECT_FALSE(shouldInvert(M, false));
+TEST(ShouldInvert, WhenTheWantedDirectionDiffersFromTheDesktops) {
+    EXPECT_FALSE(shouldInvert(ScrollMode::trackpad, true));
+    EXPECT_TRUE(shouldInvert(ScrollMode::trackpad, false));
+    EXPECT_TRUE(shouldInvert(ScrollMode::mouse, true));
+    EXPECT_FALSE(shouldInvert(ScrollMode::mouse, false));
 }
 
 } // namespace
