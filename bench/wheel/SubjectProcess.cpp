@@ -83,21 +83,43 @@ std::optional<int> SubjectProcess::ended() {
     return leaderStatus;
 }
 
-SubjectProcess::ProcessorClock SubjectProcess::processorClock() const {
-    ProcessorClock clock;
+std::vector<std::string> SubjectProcess::threadDirectories() const {
+    std::vector<std::string> threads;
     for (const std::string& process : numberedEntries("/proc")) {
         if (pid <= 0 || processGroupOf(process) != pid) {
             continue;
         }
         const std::string tasks = "/proc/" + process + "/task/";
         for (const std::string& thread : numberedEntries(tasks)) {
-            const int fd = ::open((tasks + thread + "/schedstat").c_str(), O_RDONLY | O_CLOEXEC);
-            if (fd >= 0) {
-                clock.files.push_back(fd);
-            }
+            threads.push_back(tasks + thread);
+        }
+    }
+    return threads;
+}
+
+SubjectProcess::ProcessorClock SubjectProcess::processorClock() const {
+    ProcessorClock clock;
+    for (const std::string& thread : threadDirectories()) {
+        const int fd = ::open((thread + "/schedstat").c_str(), O_RDONLY | O_CLOEXEC);
+        if (fd >= 0) {
+            clock.files.push_back(fd);
         }
     }
     return clock;
+}
+
+long SubjectProcess::voluntarySwitches() const {
+    long total = 0;
+    for (const std::string& thread : threadDirectories()) {
+        std::ifstream status(thread + "/status");
+        std::string line;
+        while (std::getline(status, line)) {
+            if (line.rfind("voluntary_ctxt_switches:", 0) == 0) {
+                total += std::atol(line.c_str() + line.find(':') + 1);
+            }
+        }
+    }
+    return total;
 }
 
 SubjectProcess::ProcessorClock::~ProcessorClock() {

@@ -46,7 +46,12 @@ public:
     // Every thread of the group as it is now; threads started later are not counted.
     ProcessorClock processorClock() const;
 
+    // The voluntary context switches of every thread of the group so far: its wake-ups.
+    long voluntarySwitches() const;
+
 private:
+    std::vector<std::string> threadDirectories() const;
+
     pid_t pid;
     std::optional<int> leaderStatus;
 };

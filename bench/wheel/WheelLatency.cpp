@@ -163,7 +163,7 @@ int countGrabbed(const std::vector<std::string>& originals) {
     return grabbed;
 }
 
-void runRound(const WheelSubject& subject, int frames, WheelFigures& figures) {
+void runRound(const WheelSubject& subject, int frames, int idleSeconds, WheelFigures& figures) {
     std::vector<std::unique_ptr<VirtualDevice>> mice;
     std::vector<std::string> originals;
     for (int i = 0; i < subject.devices; ++i) {
@@ -219,12 +219,17 @@ void runRound(const WheelSubject& subject, int frames, WheelFigures& figures) {
             return;
         }
     }
+    if (idleSeconds > 0) {
+        const long before = process.voluntarySwitches();
+        std::this_thread::sleep_for(std::chrono::seconds(idleSeconds));
+        figures.idleWakeUps = process.voluntarySwitches() - before;
+    }
 }
 
 } // namespace
 
 std::vector<WheelFigures> measureWheelPath(const std::vector<WheelSubject>& subjects, int frames,
-                                           int rounds) {
+                                           int rounds, int idleSeconds) {
     ::prctl(PR_SET_CHILD_SUBREAPER, 1); // so that a pipeline's processes are reaped here
     std::vector<WheelFigures> figures(subjects.size());
     for (auto& f : figures) {
@@ -234,7 +239,7 @@ std::vector<WheelFigures> measureWheelPath(const std::vector<WheelSubject>& subj
         const int share = frames / rounds + (round < frames % rounds ? 1 : 0);
         for (std::size_t s = 0; s < subjects.size(); ++s) {
             if (figures[s].error.empty()) {
-                runRound(subjects[s], share, figures[s]);
+                runRound(subjects[s], share, round + 1 == rounds ? idleSeconds : 0, figures[s]);
             }
         }
     }

@@ -3,19 +3,23 @@
 # wheel-latency.cpp): the floor (wheel-floor), Tolvane's input layer on a plain poll loop
 # (tolvane-wheel) and on Qt's loop as the application runs it (tolvane-wheel-qt), Debian's
 # interception-tools (`interception -g`, Debian's name for `intercept`, piped through
-# negate-wheel into `uinput -d`), and Tolvane again with 8 and 32 mice plugged.
+# negate-wheel into `uinput -d`), and Tolvane on Qt's loop again with 8 and 32 mice plugged.
 #
-#   run-wheel-bench.sh BIN_DIR WORK_DIR [FRAMES] [ROUNDS]
+#   run-wheel-bench.sh BIN_DIR WORK_DIR [FRAMES] [ROUNDS] [IDLE_SECONDS]
 #
+# After the last round each subject stays idle IDLE_SECONDS (default 10) with its mice held,
+# and its wake-ups are counted.
 # BIN_DIR holds the programs built from bench/wheel. interception-tools and the libyaml-cpp it
 # needs are downloaded once with apt-get into the kernel cache, never installed; their
 # binaries, Qt's and every shared library these load go into the initramfs.
 set -eu
 
-bin=$1
-work=$2
+mkdir -p "$2"
+bin=$(cd "$1" && pwd)
+work=$(cd "$2" && pwd)
 frames=${3:-10000}
 rounds=${4:-5}
+idle=${5:-10}
 cache=${TOLVANE_KERNEL_CACHE:-$HOME/.cache/tolvane-kernel}
 tier="wheel bench"
 # shellcheck source=../../tests/kernel/guest-lib.sh
@@ -84,13 +88,13 @@ mount -t devtmpfs devtmpfs /dev
 insmod /lib/evdev.ko
 insmod /lib/uinput.ko
 echo "TOLVANE-GUEST: start"
-/bin/wheel-latency $frames $rounds \\
+/bin/wheel-latency $frames $rounds $idle \\
     'floor 1 same exec /bin/wheel-floor "\$BENCH_DEVICE"' \\
     'tolvane 1 negated exec /bin/tolvane-wheel' \\
     'tolvane-qt 1 negated exec /bin/tolvane-wheel-qt' \\
     'interception-tools 1 negated /opt/interception/interception -g "\$BENCH_DEVICE" | /bin/negate-wheel | /opt/interception/uinput -d "\$BENCH_DEVICE"' \\
-    'tolvane 8 negated exec /bin/tolvane-wheel' \\
-    'tolvane 32 negated exec /bin/tolvane-wheel'
+    'tolvane-qt 8 negated exec /bin/tolvane-wheel-qt' \\
+    'tolvane-qt 32 negated exec /bin/tolvane-wheel-qt'
 echo "TOLVANE-GUEST: result \$?"
 poweroff -f
 INIT
@@ -98,7 +102,6 @@ INIT
     (cd "$root" && find . | cpio -o -H newc -R 0:0 --quiet | gzip -1 >"$work/initramfs.cpio.gz")
 }
 
-mkdir -p "$work"
 exec 9>"$work/.lock"
 flock 9
 prepare_guest
