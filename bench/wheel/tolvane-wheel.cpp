@@ -17,13 +17,13 @@ void invert(void*, tolvane::InputEvent* events, std::size_t count) {
 } // namespace
 
 int main() {
-    tolvane::kerneltest::PollLoop loop(std::chrono::seconds(1));
+    tolvane::kerneltest::PollLoop loop;
     tolvane::oslinux::InputLayer layer(loop);
     if (!layer.scrollTap().create(&invert, nullptr)) {
         std::fprintf(stderr, "tolvane-wheel: the wheel devices cannot be taken\n");
         return 1;
     }
     for (;;) {
-        loop.turn(std::chrono::seconds(1));
+        loop.turn(std::chrono::milliseconds(-1)); // no timeout: wakes for input only
     }
 }
