@@ -4,6 +4,7 @@
 #include "Tolvane/Theme.h"
 #include "TolvaneCore/GaugeValues.h"
 
+#include <QPixmap>
 #include <QPointer>
 #include <QTimeLine>
 #include <QWidget>
@@ -103,15 +104,18 @@ public:
 
 protected:
     int contentHeight() const override;
+    void changeEvent(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
 
 private:
     void refresh();
+    void paintCard(QPaintDevice& device) const;
 
     QPointer<SystemStats> stats;
     RingGauge* gauges[3];
     bool refreshQueued = false;
+    QPixmap card; // the card as drawn, at the view's size
 };
 
 // The menu's one button: starts the keyboard cleaning, and stays visibly off without input

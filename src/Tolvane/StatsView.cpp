@@ -1,6 +1,8 @@
 #include "Tolvane/MenuPainting.h"
 #include "Tolvane/MenuViews.h"
 
+#include <QPaintEngine>
+#include <QPaintEvent>
 #include <QPainter>
 #include <QPainterPath>
 
@@ -60,18 +62,46 @@ void StatsView::resizeEvent(QResizeEvent*) {
     }
 }
 
-void StatsView::paintEvent(QPaintEvent*) {
+void StatsView::changeEvent(QEvent* event) {
+    if (event->type() == QEvent::PaletteChange || event->type() == QEvent::StyleChange) {
+        card = QPixmap();
+    }
+    MenuRow::changeEvent(event);
+}
+
+// Each frame of a ring's ease repaints a piece of this view beneath the ring. Filling the
+// card's rounded shape anew for every piece costs more than the piece: Qt splits a fill of
+// that many spans across its thread pool, waking two threads per frame. The card is drawn
+// once and each piece is copied from it.
+void StatsView::paintEvent(QPaintEvent* event) {
     QPainter painter(this);
+    // The device painted on: the window's backing store, or an image when rendered.
+    const QPaintDevice* target = painter.paintEngine()->paintDevice();
+    const qreal ratio = target ? target->devicePixelRatioF() : devicePixelRatioF();
+    if (card.isNull() || card.size() != size() * ratio) {
+        card = QPixmap(size() * ratio);
+        card.setDevicePixelRatio(ratio);
+        card.fill(Qt::transparent);
+        paintCard(card);
+    }
+    for (const QRect& piece : event->region()) {
+        painter.drawPixmap(piece, card,
+                           QRectF(QPointF(piece.topLeft()) * ratio, QSizeF(piece.size()) * ratio));
+    }
+}
+
+void StatsView::paintCard(QPaintDevice& device) const {
+    QPainter painter(&device);
     painter.setRenderHint(QPainter::Antialiasing);
-    const QRectF card =
+    const QRectF shape =
         frame().adjusted(outerHorizontal, outerVertical, -outerHorizontal, -outerVertical);
     painter.setPen(Qt::NoPen);
     painter.setBrush(MenuPainting::primary(*this, 0.05));
-    painter.drawRoundedRect(card, 12, 12);
+    painter.drawRoundedRect(shape, 12, 12);
     // The hairline lies wholly inside the card's edge.
     painter.setBrush(Qt::NoBrush);
     painter.setPen(QPen(MenuPainting::primary(*this, 0.08), 0.5));
-    painter.drawRoundedRect(card.adjusted(0.25, 0.25, -0.25, -0.25), 11.75, 11.75);
+    painter.drawRoundedRect(shape.adjusted(0.25, 0.25, -0.25, -0.25), 11.75, 11.75);
 }
 
 } // namespace tolvane

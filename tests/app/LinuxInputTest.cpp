@@ -46,18 +46,6 @@ TEST(QtEventLoopTest, CallsTheLastWatchOnReadableAndStopsWhenUnwatchedFromItsOwn
     ::close(ends[1]);
 }
 
-// The watchdog lets go of every grab when the heartbeat stops, so a heartbeat that never
-// comes on Qt's loop would end every keyboard lock after ten seconds.
-TEST(QtEventLoopTest, BeatsAboutOnceASecondUntilStopped) {
-    oslinux::QtEventLoop loop;
-    int beats = 0;
-    loop.setHeartbeat([&] { ++beats; });
-    ASSERT_TRUE(processUntil([&] { return beats == 2; }, 2600));
-    loop.setHeartbeat({});
-    processUntil([] { return false; }, 1200);
-    EXPECT_EQ(beats, 2);
-}
-
 TEST(LinuxInputTest, RefusesTheTapAndTheHoldWhenTheDevicesCannotBeUsed) {
     QTemporaryDir root;
     ASSERT_TRUE(QDir(root.path()).mkdir(QStringLiteral("input")));

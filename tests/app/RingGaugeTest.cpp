@@ -191,5 +191,18 @@ TEST_F(RingGaugeTest, TheCardFollowsTheSamplerByItself) {
     EXPECT_EQ(view.gauge(2)->values().percent, 50);
 }
 
+// The card under the rings is drawn once and kept; a view shown on another panel or at another
+// width must still look as a new one does.
+TEST_F(RingGaugePixels, TheCardFollowsANewPanelAndWidth) {
+    StatsView shown(stats);
+    renderOnPanel(shown, lightPanel());
+    StatsView dark(stats);
+    EXPECT_EQ(renderOnPanel(shown, darkPanel()), renderOnPanel(dark, darkPanel()));
+    const QSize wider = shown.sizeHint() + QSize(60, 0);
+    StatsView wide(stats);
+    EXPECT_EQ(renderOnPanel(shown, darkPanel(), 1.0, wider),
+              renderOnPanel(wide, darkPanel(), 1.0, wider));
+}
+
 } // namespace
 } // namespace tolvane::testing

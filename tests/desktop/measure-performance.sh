@@ -6,12 +6,15 @@
 # Measure a build without sanitizers:
 #   cmake -S . -B build-perf -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DTOLVANE_BUILD_TESTS=OFF
 #   cmake --build build-perf --target tolvane
-#   tests/desktop/measure-performance.sh build-perf/src/Tolvane/tolvane
+#   tests/desktop/measure-performance.sh build-perf/src/Tolvane/tolvane [TRAY_ICON_TIMER]
+# With bench/desktop/tray-icon-timer (scripts/bench builds it) the start is timed from the
+# X server's own notifications; without it, by polling every 0.1 s.
 # Not a test: the figures depend on the machine. Wake-ups are voluntary context switches of
 # every thread of the process (/proc/PID/task/*/status).
 set -euo pipefail
 
 tolvane=$1
+timer=${2:-}
 tray=xembed
 sni_host=
 here=$(cd "$(dirname "$0")" && pwd)
@@ -47,7 +50,14 @@ cpu_ns() {
 }
 
 start_tray_host xembed
+if [[ -n $timer ]]; then
+    launcher=("$timer" "$work/icon-shown")
+fi
 start_tolvane
+if [[ -n $timer ]]; then
+    wait_for "the timer's figure" test -s "$work/icon-shown"
+    echo "start to tray icon: $(cat "$work/icon-shown")"
+fi
 if alert=$(alert_window); then
     echo "the input access alert is up: answered with Later"
     xdotool windowfocus --sync "$alert" key --clearmodifiers Escape

@@ -91,11 +91,12 @@ use_session_folders() {
 
 now_ms() { echo $(($(date +%s%N) / 1000000)); }
 
+# `launcher`, when set, is a command that execs the program it is given (tray-icon-timer).
 start_tolvane() {
     step "start $tolvane"
     local started
     started=$(now_ms)
-    "$tolvane" >"$work/tolvane.log" 2>&1 &
+    ${launcher[@]+"${launcher[@]}"} "$tolvane" >"$work/tolvane.log" 2>&1 &
     tolvane_pid=$!
     if [[ $tray == xembed ]]; then
         wait_for "the tray icon" tray_icon_window >/dev/null

@@ -14,11 +14,6 @@ void PollLoop::unwatch(int fd) {
     watches.erase(fd);
 }
 
-void PollLoop::setHeartbeat(std::function<void()> beat) {
-    heartbeat = std::move(beat);
-    nextBeat = std::chrono::steady_clock::now() + beatPeriod;
-}
-
 void PollLoop::turn(std::chrono::milliseconds timeout) {
     std::vector<pollfd> fds;
     std::vector<unsigned> generations;
@@ -38,11 +33,6 @@ void PollLoop::turn(std::chrono::milliseconds timeout) {
         }
         const std::function<void()> callback = found->second.callback;
         callback();
-    }
-    if (heartbeat && std::chrono::steady_clock::now() >= nextBeat) {
-        nextBeat = std::chrono::steady_clock::now() + beatPeriod;
-        const std::function<void()> beat = heartbeat;
-        beat();
     }
 }
 

@@ -11,14 +11,10 @@ namespace tolvane::kerneltest {
 // The input layer's loop as a plain poll() loop, turned by the test itself.
 class PollLoop final : public oslinux::EventLoop {
 public:
-    explicit PollLoop(std::chrono::milliseconds beatPeriod = std::chrono::milliseconds(100))
-        : beatPeriod(beatPeriod) {}
-
     void watchReadable(int fd, std::function<void()> onReadable) override;
     void unwatch(int fd) override;
-    void setHeartbeat(std::function<void()> beat) override;
 
-    // One wait of at most `timeout`, then every ready callback and a due heartbeat.
+    // One wait of at most `timeout`, then every ready callback.
     void turn(std::chrono::milliseconds timeout = std::chrono::milliseconds(0));
 
     // Turns until nothing is ready any more.
@@ -37,9 +33,6 @@ private:
     };
     std::map<int, Watch> watches;
     unsigned generation = 0;
-    std::function<void()> heartbeat;
-    std::chrono::milliseconds beatPeriod;
-    std::chrono::steady_clock::time_point nextBeat{};
 };
 
 } // namespace tolvane::kerneltest

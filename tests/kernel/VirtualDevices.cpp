@@ -120,6 +120,10 @@ std::string VirtualDevice::node() const {
     return nodePath.substr(nodePath.rfind('/') + 1);
 }
 
+int VirtualDevice::descriptor() const {
+    return libevdev_uinput_get_fd(device);
+}
+
 void VirtualDevice::frame(const std::vector<InputEvent>& events) {
     std::vector<input_event> out;
     for (const InputEvent& e : events) {

@@ -41,6 +41,7 @@ public:
 
     const std::string& path() const { return nodePath; } // /dev/input/eventN
     std::string node() const;                            // eventN
+    int descriptor() const; // uinput's, for writing events without frame()'s copy
 
     // Writes the events and then a SYN_REPORT.
     void frame(const std::vector<InputEvent>& events);

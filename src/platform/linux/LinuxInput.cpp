@@ -1,6 +1,6 @@
-// Qt owns the main loop, so the input layer's descriptors and heartbeat go on it through
-// QtEventLoop. The thing easy to get wrong: the layer must be destroyed before its loop,
-// because letting go of devices unwatches their descriptors.
+// Qt owns the main loop, so the input layer's descriptors go on it through QtEventLoop. The thing
+// easy to get wrong: the layer must be destroyed before its loop, because letting go of devices
+// unwatches their descriptors.
 #include "platform/linux/LinuxInput.h"
 
 #include "platform/linux/QtEventLoop.h"

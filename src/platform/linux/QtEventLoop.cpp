@@ -7,16 +7,6 @@
 
 namespace tolvane::oslinux {
 
-QtEventLoop::QtEventLoop() {
-    heartbeat.setInterval(1000);
-    QObject::connect(&heartbeat, &QTimer::timeout, [this] {
-        const std::function<void()> beat = beatCallback; // the beat may replace itself
-        if (beat) {
-            beat();
-        }
-    });
-}
-
 QtEventLoop::~QtEventLoop() {
     for (auto& [fd, notifier] : notifiers) {
         delete notifier;
@@ -39,17 +29,6 @@ void QtEventLoop::unwatch(int fd) {
     found->second->setEnabled(false);
     found->second->deleteLater();
     notifiers.erase(found);
-}
-
-void QtEventLoop::setHeartbeat(std::function<void()> beat) {
-    beatCallback = std::move(beat);
-    if (beatCallback) {
-        if (!heartbeat.isActive()) {
-            heartbeat.start();
-        }
-    } else {
-        heartbeat.stop();
-    }
 }
 
 } // namespace tolvane::oslinux

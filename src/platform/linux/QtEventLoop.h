@@ -2,8 +2,6 @@
 
 #include "platform/linux/input/EventLoop.h"
 
-#include <QTimer>
-
 #include <functional>
 #include <unordered_map>
 
@@ -11,21 +9,18 @@ class QSocketNotifier;
 
 namespace tolvane::oslinux {
 
-// The input layer's loop on Qt's own: one socket notifier per descriptor and a one-second
-// timer for the heartbeat, all on the thread that made it.
+// The input layer's loop on Qt's own: one socket notifier per descriptor, on the thread that
+// made it.
 class QtEventLoop final : public EventLoop {
 public:
-    QtEventLoop();
+    QtEventLoop() = default;
     ~QtEventLoop() override;
 
     void watchReadable(int fd, std::function<void()> onReadable) override;
     void unwatch(int fd) override;
-    void setHeartbeat(std::function<void()> beat) override;
 
 private:
     std::unordered_map<int, QSocketNotifier*> notifiers;
-    QTimer heartbeat;
-    std::function<void()> beatCallback;
 };
 
 } // namespace tolvane::oslinux

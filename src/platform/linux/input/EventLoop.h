@@ -4,9 +4,9 @@
 
 namespace tolvane::oslinux {
 
-// The one loop the input layer runs on: readiness of descriptors and a slow heartbeat. The
-// application puts it on Qt's event loop; the kernel tests turn a plain poll() loop. Every
-// callback runs on the loop's thread.
+// The one loop the input layer runs on: readiness of descriptors. The application puts it on
+// Qt's event loop; the kernel tests turn a plain poll() loop. Every callback runs on the
+// loop's thread.
 class EventLoop {
 public:
     virtual ~EventLoop() = default;
@@ -16,9 +16,6 @@ public:
 
     // Safe from inside that descriptor's own callback.
     virtual void unwatch(int fd) = 0;
-
-    // Calls beat about once a second while set; an empty function stops it.
-    virtual void setHeartbeat(std::function<void()> beat) = 0;
 };
 
 } // namespace tolvane::oslinux

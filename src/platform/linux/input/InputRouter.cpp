@@ -21,7 +21,6 @@ InputRouter::~InputRouter() {
             letGo(*entry.routed);
         }
     }
-    loop.setHeartbeat({});
 }
 
 std::string InputRouter::pathOf(const std::string& node) const {
@@ -58,7 +57,6 @@ void InputRouter::nodeVanished(const std::string& node) {
     if (entry.routed) {
         letGo(*entry.routed);
         entry.routed.reset();
-        updateHeartbeat();
     }
     if (entry.pointer && pointerCallbacks.removed) {
         pointerCallbacks.removed({pathOf(node), entry.properties});

@@ -67,7 +67,6 @@ private:
     void watch(RoutedDevice& device);
     void onReadable(RoutedDevice& device);
     void dropClone(RoutedDevice& device);
-    void updateHeartbeat();
     void recoverFromStall(const std::vector<int>& released);
 
     EventLoop& loop;
@@ -80,8 +79,6 @@ private:
     platform::WheelEventFilter filter = nullptr;
     void* filterContext = nullptr;
     bool holding = false;
-    int grabbedCount = 0;
-    bool heartbeatOn = false;
 };
 
 } // namespace tolvane::oslinux

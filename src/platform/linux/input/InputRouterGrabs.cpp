@@ -34,7 +34,6 @@ InputRouter::Outcome InputRouter::applyRoles(const std::string& node, Known& ent
         letGo(device);
         entry.routed.reset();
     }
-    updateHeartbeat();
     return outcome;
 }
 
@@ -74,7 +73,6 @@ InputRouter::Outcome InputRouter::settle(RoutedDevice& device) {
     }
     device.grabbed = true;
     device.waitingForIdle = false;
-    ++grabbedCount;
     watchdog.track(device.evdev().fd());
     watch(device);
     return Outcome::done;
@@ -95,7 +93,6 @@ void InputRouter::letGo(RoutedDevice& device) {
         watchdog.untrack(fd);
         device.evdev().ungrab();
         device.grabbed = false;
-        --grabbedCount;
     }
     device.waitingForIdle = false;
     dropClone(device);
@@ -117,6 +114,12 @@ void InputRouter::watch(RoutedDevice& device) {
 }
 
 void InputRouter::onReadable(RoutedDevice& device) {
+    if (watchdog.hasReleased()) {
+        // Taking the devices back may destroy this one; if it stays, its next call reads it.
+        recoverFromStall(watchdog.takeReleased());
+        return;
+    }
+    watchdog.noteRead();
     if (device.readPendingEvents() == RoutedDevice::ReadResult::vanished) {
         const std::string node = device.node();
         nodeVanished(node); // destroys `device`
@@ -131,31 +134,11 @@ void InputRouter::onReadable(RoutedDevice& device) {
         letGo(device);
         known[node].routed.reset(); // destroys `device`
     }
-    updateHeartbeat();
-}
-
-void InputRouter::updateHeartbeat() {
-    const bool wanted = grabbedCount > 0;
-    if (wanted == heartbeatOn) {
-        return;
-    }
-    heartbeatOn = wanted;
-    if (!wanted) {
-        loop.setHeartbeat({});
-        return;
-    }
-    loop.setHeartbeat([this] {
-        watchdog.beat();
-        const std::vector<int> released = watchdog.takeReleased();
-        if (!released.empty()) {
-            recoverFromStall(released);
-        }
-    });
 }
 
 void InputRouter::recoverFromStall(const std::vector<int>& released) {
-    // The watchdog let go of these grabs while the loop stood still; it turns again, so take
-    // them back, each once nothing on it is down.
+    // The watchdog let go of these grabs while the loop stood still; it reads again, so take
+    // them back, each once nothing on it is down. What came in meanwhile reached the desktop.
     for (auto& [node, entry] : known) {
         RoutedDevice* device = entry.routed.get();
         if (!device || !device->grabbed ||
@@ -163,7 +146,6 @@ void InputRouter::recoverFromStall(const std::vector<int>& released) {
             continue;
         }
         device->grabbed = false;
-        --grabbedCount;
         applyRoles(node, entry);
     }
 }
