@@ -14,9 +14,9 @@ namespace tolvane::kerneltest {
 
 namespace {
 
-DeviceSpec spec(std::string name, std::uint16_t bus, std::vector<std::uint16_t> rel,
-                std::vector<std::uint16_t> keys) {
-    DeviceSpec s;
+DeviceRecipe recipe(std::string name, std::uint16_t bus, std::vector<std::uint16_t> rel,
+                    std::vector<std::uint16_t> keys) {
+    DeviceRecipe s;
     s.name = std::move(name);
     s.bus = bus;
     s.rel = std::move(rel);
@@ -26,18 +26,18 @@ DeviceSpec spec(std::string name, std::uint16_t bus, std::vector<std::uint16_t> 
 
 } // namespace
 
-DeviceSpec usbMouse(const std::string& name) {
-    return spec(name, BUS_USB,
-                {REL_X, REL_Y, REL_WHEEL, REL_HWHEEL, REL_WHEEL_HI_RES, REL_HWHEEL_HI_RES},
-                {BTN_LEFT, BTN_RIGHT, BTN_MIDDLE});
+DeviceRecipe usbMouse(const std::string& name) {
+    return recipe(name, BUS_USB,
+                  {REL_X, REL_Y, REL_WHEEL, REL_HWHEEL, REL_WHEEL_HI_RES, REL_HWHEEL_HI_RES},
+                  {BTN_LEFT, BTN_RIGHT, BTN_MIDDLE});
 }
 
-DeviceSpec builtInPointer() {
-    return spec("Tolvane Test TrackPoint", BUS_I8042, {REL_X, REL_Y}, {BTN_LEFT, BTN_RIGHT});
+DeviceRecipe builtInPointer() {
+    return recipe("Tolvane Test TrackPoint", BUS_I8042, {REL_X, REL_Y}, {BTN_LEFT, BTN_RIGHT});
 }
 
-DeviceSpec usbKeyboard(const std::string& name) {
-    DeviceSpec s = spec(name, BUS_USB, {}, {});
+DeviceRecipe usbKeyboard(const std::string& name) {
+    DeviceRecipe s = recipe(name, BUS_USB, {}, {});
     for (std::uint16_t k = KEY_ESC; k <= KEY_MICMUTE; ++k) {
         s.keys.push_back(k);
     }
@@ -45,24 +45,24 @@ DeviceSpec usbKeyboard(const std::string& name) {
     return s;
 }
 
-DeviceSpec consumerControl() {
-    return spec("Tolvane Test Keyboard Consumer Control", BUS_USB, {REL_HWHEEL},
-                {KEY_MUTE, KEY_VOLUMEDOWN, KEY_VOLUMEUP, KEY_PLAYPAUSE, KEY_BRIGHTNESSDOWN,
-                 KEY_BRIGHTNESSUP});
+DeviceRecipe consumerControl() {
+    return recipe("Tolvane Test Keyboard Consumer Control", BUS_USB, {REL_HWHEEL},
+                  {KEY_MUTE, KEY_VOLUMEDOWN, KEY_VOLUMEUP, KEY_PLAYPAUSE, KEY_BRIGHTNESSDOWN,
+                   KEY_BRIGHTNESSUP});
 }
 
-DeviceSpec powerButton() {
-    return spec("Tolvane Test Power Button", BUS_HOST, {}, {KEY_POWER});
+DeviceRecipe powerButton() {
+    return recipe("Tolvane Test Power Button", BUS_HOST, {}, {KEY_POWER});
 }
 
-DeviceSpec lidSwitch() {
-    DeviceSpec s = spec("Tolvane Test Lid Switch", BUS_HOST, {}, {});
+DeviceRecipe lidSwitch() {
+    DeviceRecipe s = recipe("Tolvane Test Lid Switch", BUS_HOST, {}, {});
     s.switches = {SW_LID};
     return s;
 }
 
-DeviceSpec keyboardWithTouchpad() {
-    DeviceSpec s = usbKeyboard("Tolvane Test Keyboard with Touchpad");
+DeviceRecipe keyboardWithTouchpad() {
+    DeviceRecipe s = usbKeyboard("Tolvane Test Keyboard with Touchpad");
     s.abs = {ABS_X, ABS_Y};
     s.keys.insert(s.keys.end(), {BTN_LEFT, BTN_TOOL_FINGER, BTN_TOUCH});
     s.props = {INPUT_PROP_POINTER};
@@ -70,33 +70,33 @@ DeviceSpec keyboardWithTouchpad() {
     return s;
 }
 
-std::unique_ptr<VirtualDevice> VirtualDevice::plug(const DeviceSpec& spec) {
+std::unique_ptr<VirtualDevice> VirtualDevice::plug(const DeviceRecipe& recipe) {
     libevdev* dev = libevdev_new();
-    libevdev_set_name(dev, spec.name.c_str());
-    libevdev_set_id_bustype(dev, spec.bus);
+    libevdev_set_name(dev, recipe.name.c_str());
+    libevdev_set_id_bustype(dev, recipe.bus);
     libevdev_set_id_vendor(dev, 0x7a1e);
     libevdev_set_id_product(dev, 0x0001);
-    for (auto c : spec.rel) {
+    for (auto c : recipe.rel) {
         libevdev_enable_event_code(dev, EV_REL, c, nullptr);
     }
-    for (auto c : spec.abs) {
+    for (auto c : recipe.abs) {
         const input_absinfo info{0, 0, 4095, 0, 0, 0};
         libevdev_enable_event_code(dev, EV_ABS, c, &info);
     }
-    for (auto c : spec.keys) {
+    for (auto c : recipe.keys) {
         libevdev_enable_event_code(dev, EV_KEY, c, nullptr);
     }
-    for (auto c : spec.switches) {
+    for (auto c : recipe.switches) {
         libevdev_enable_event_code(dev, EV_SW, c, nullptr);
     }
-    for (auto p : spec.props) {
+    for (auto p : recipe.props) {
         libevdev_enable_property(dev, p);
     }
-    if (!spec.keys.empty()) {
+    if (!recipe.keys.empty()) {
         libevdev_enable_event_type(dev, EV_MSC);
         libevdev_enable_event_code(dev, EV_MSC, MSC_SCAN, nullptr);
     }
-    if (spec.repeat) {
+    if (recipe.repeat) {
         libevdev_enable_event_type(dev, EV_REP);
     }
     libevdev_uinput* device = nullptr;

@@ -14,7 +14,7 @@ struct libevdev_uinput;
 namespace tolvane::kerneltest {
 
 // What a virtual device made through uinput can send.
-struct DeviceSpec {
+struct DeviceRecipe {
     std::string name;
     std::uint16_t bus = 0x03;
     std::vector<std::uint16_t> rel;
@@ -25,18 +25,18 @@ struct DeviceSpec {
     bool repeat = false; // kernel auto-repeat, as real keyboards have
 };
 
-DeviceSpec usbMouse(const std::string& name = "Tolvane Test USB Mouse");
-DeviceSpec builtInPointer(); // i8042, no wheel
-DeviceSpec usbKeyboard(const std::string& name = "Tolvane Test Keyboard");
-DeviceSpec consumerControl(); // media keys and a horizontal wheel, as many keyboards have
-DeviceSpec powerButton();
-DeviceSpec lidSwitch();
-DeviceSpec keyboardWithTouchpad();
+DeviceRecipe usbMouse(const std::string& name = "Tolvane Test USB Mouse");
+DeviceRecipe builtInPointer(); // i8042, no wheel
+DeviceRecipe usbKeyboard(const std::string& name = "Tolvane Test Keyboard");
+DeviceRecipe consumerControl(); // media keys and a horizontal wheel, as many keyboards have
+DeviceRecipe powerButton();
+DeviceRecipe lidSwitch();
+DeviceRecipe keyboardWithTouchpad();
 
 // A device plugged in for as long as the object lives.
 class VirtualDevice {
 public:
-    static std::unique_ptr<VirtualDevice> plug(const DeviceSpec& spec);
+    static std::unique_ptr<VirtualDevice> plug(const DeviceRecipe& recipe);
     ~VirtualDevice();
 
     const std::string& path() const { return nodePath; } // /dev/input/eventN

@@ -28,12 +28,12 @@ struct Inversion {
 class WheelTap : public GuestFixture {
 protected:
     // Plugs a mouse, starts the tap and opens a reader on the mouse's clone.
-    void startWithMouse(const DeviceSpec& spec = usbMouse()) {
-        mouse = VirtualDevice::plug(spec);
+    void startWithMouse(const DeviceRecipe& recipe = usbMouse()) {
+        mouse = VirtualDevice::plug(recipe);
         ASSERT_TRUE(mouse);
         start();
         ASSERT_TRUE(layer->scrollTap().create(&Inversion::filter, &inversion));
-        const auto clones = nodesNamed(spec.name, {mouse->path()});
+        const auto clones = nodesNamed(recipe.name, {mouse->path()});
         ASSERT_EQ(clones.size(), 1u);
         clone = std::make_unique<NodeReader>(clones[0]);
     }
