@@ -193,7 +193,7 @@ TEST_F(RingGaugeTest, TheCardFollowsTheSamplerByItself) {
 
 // The card under the rings is drawn once and kept; a view shown on another panel or at another
 // width must still look as a new one does.
-TEST_F(RingGaugePixels, TheCardFollowsANewPanelAndWidth) {
+TEST_F(RingGaugeTest, TheCardFollowsANewPanelAndWidth) {
     StatsView shown(stats);
     renderOnPanel(shown, lightPanel());
     StatsView dark(stats);
