@@ -63,11 +63,25 @@ stop_x_server() {
 start_tray_host() {
     if [[ $1 == xembed ]]; then
         step "start trayer, an XEmbed tray"
-        trayer --edge top --align right --widthtype request --height 28 --SetDockType true \
-            --transparent false --tint 0xdddddd >"$work/trayer.log" 2>&1 &
-        host_pid=$!
-        wait_for "trayer's panel" xdotool search --classname trayer
-        sleep 0.3
+        # trayer now and then dies at once on a server that has just started; it gets three tries.
+        local attempt
+        for attempt in 1 2 3; do
+            trayer --edge top --align right --widthtype request --height 28 --SetDockType true \
+                --transparent false --tint 0xdddddd >"$work/trayer.log" 2>&1 &
+            host_pid=$!
+            for _ in $(seq 50); do
+                if xdotool search --classname trayer >/dev/null 2>&1; then
+                    echo "    [${SECONDS}s] trayer's panel" >&2
+                    sleep 0.3
+                    return 0
+                fi
+                kill -0 "$host_pid" 2>/dev/null || break
+                sleep 0.1
+            done
+            echo "trayer, try $attempt: $(tail -n3 "$work/trayer.log" | tr '\n' ' ')" >&2
+            kill "$host_pid" 2>/dev/null || true
+        done
+        fail "timed out waiting for trayer's panel"
     else
         step "start a StatusNotifierItem host"
         mkfifo "$work/host-input"
