@@ -4,6 +4,8 @@
 #   pkexec            asks for the administrator's consent to run the helper
 #   udev, kmod        udevadm and modprobe, called by the helper
 #   qt6-qpa-plugins   Qt's X11 and Wayland platform plugins, without which no tray icon shows
+# and recommended, for GNOME's own natural-scroll setting (absent without them, which counts
+# as off): gsettings-desktop-schemas, and libglib2.0-bin for the gsettings tool that reads it.
 # The only maintainer script, postrm, removes on purge what the helper wrote to /etc.
 
 # The binary, the desktop entry, the polkit action and the manual page hold absolute paths
@@ -38,7 +40,7 @@ set(CPACK_DEBIAN_PACKAGE_SECTION utils)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_DEPENDS "pkexec, udev, kmod, qt6-qpa-plugins")
-set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "gsettings-desktop-schemas")
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "gsettings-desktop-schemas, libglib2.0-bin")
 set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_SOURCE_DIR}/data/debian/postrm)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 

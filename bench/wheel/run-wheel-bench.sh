@@ -79,26 +79,14 @@ build_initramfs() {
     copy_with_libraries "$bin/tolvane-wheel-qt" /bin
     copy_with_libraries "$tools/usr/bin/interception" /opt/interception
     copy_with_libraries "$tools/usr/bin/uinput" /opt/interception
-    cat >"$root/init" <<INIT
-#!/bin/busybox sh
-/bin/busybox --install -s
-mount -t proc proc /proc
-mount -t sysfs sysfs /sys
-mount -t devtmpfs devtmpfs /dev
-insmod /lib/evdev.ko
-insmod /lib/uinput.ko
-echo "TOLVANE-GUEST: start"
-/bin/wheel-latency $frames $rounds $idle \\
-    'floor 1 same exec /bin/wheel-floor "\$BENCH_DEVICE"' \\
+    write_init "$root" "/bin/wheel-latency $frames $rounds $idle \\
+    'floor 1 same exec /bin/wheel-floor \"\$BENCH_DEVICE\"' \\
     'tolvane 1 negated exec /bin/tolvane-wheel' \\
     'tolvane-qt 1 negated exec /bin/tolvane-wheel-qt' \\
-    'interception-tools 1 negated /opt/interception/interception -g "\$BENCH_DEVICE" | /bin/negate-wheel | /opt/interception/uinput -d "\$BENCH_DEVICE"' \\
+    'interception-tools 1 negated /opt/interception/interception -g \"\$BENCH_DEVICE\" | /bin/negate-wheel | /opt/interception/uinput -d \"\$BENCH_DEVICE\"' \\
     'tolvane-qt 8 negated exec /bin/tolvane-wheel-qt' \\
     'tolvane-qt 32 negated exec /bin/tolvane-wheel-qt'
-echo "TOLVANE-GUEST: result \$?"
-poweroff -f
-INIT
-    chmod +x "$root/init"
+echo \"TOLVANE-GUEST: result \$?\""
     (cd "$root" && find . | cpio -o -H newc -R 0:0 --quiet | gzip -1 >"$work/initramfs.cpio.gz")
 }
 

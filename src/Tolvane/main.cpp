@@ -18,6 +18,8 @@ int main(int argc, char** argv) {
     if (!instance.acquire()) {
         return 0;
     }
+    // Starts GIO's tool now, so that its answer is ready when the launch asks for it.
+    oslinux::GSettingsScrollSetting scrollSetting;
 
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Tolvane"));
@@ -32,7 +34,6 @@ int main(int argc, char** argv) {
     oslinux::DeviceNodeAccess access;
     oslinux::ProcHostStatistics host;
     oslinux::AutostartLoginRegistration login(QApplication::applicationFilePath().toStdString());
-    oslinux::GSettingsScrollSetting scrollSetting;
     platform::Platform platform{access, input.scrollTap(), input.pointers(), input.keyboard(), host,
                                 login,  scrollSetting,     systemLog};
 

@@ -6,15 +6,17 @@
 # Measure a build without sanitizers:
 #   cmake -S . -B build-perf -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DTOLVANE_BUILD_TESTS=OFF
 #   cmake --build build-perf --target tolvane
-#   tests/desktop/measure-performance.sh build-perf/src/Tolvane/tolvane [TRAY_ICON_TIMER]
+#   tests/desktop/measure-performance.sh build-perf/src/Tolvane/tolvane [TRAY_ICON_TIMER [WRAPPER]]
 # With bench/desktop/tray-icon-timer (scripts/bench builds it) the start is timed from the
-# X server's own notifications; without it, by polling every 0.1 s.
+# X server's own notifications; without it, by polling every 0.1 s. WRAPPER, a command that
+# execs the program it is given (bench/desktop/with-input-access.sh), changes what it runs in.
 # Not a test: the figures depend on the machine. Wake-ups are voluntary context switches of
 # every thread of the process (/proc/PID/task/*/status).
 set -euo pipefail
 
 tolvane=$1
 timer=${2:-}
+wrapper=${3:-}
 tray=xembed
 sni_host=
 here=$(cd "$(dirname "$0")" && pwd)
@@ -50,8 +52,13 @@ cpu_ns() {
 }
 
 start_tray_host xembed
+# The wrapper first, so that the timer starts its clock when the program starts.
+launcher=()
+if [[ -n $wrapper ]]; then
+    launcher=("$wrapper")
+fi
 if [[ -n $timer ]]; then
-    launcher=("$timer" "$work/icon-shown")
+    launcher+=("$timer" "$work/icon-shown")
 fi
 start_tolvane
 if [[ -n $timer ]]; then

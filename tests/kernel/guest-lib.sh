@@ -84,6 +84,25 @@ start_guest_root() {
     cp "$cache/evdev.ko" "$cache/uinput.ko" "$root/lib/"
 }
 
+# write_init ROOT COMMANDS: the guest's /init, which mounts proc, sysfs and devtmpfs, loads the
+# two input modules, says it has started, runs COMMANDS and powers the guest off.
+write_init() {
+    {
+        cat <<'INIT'
+#!/bin/busybox sh
+/bin/busybox --install -s
+mount -t proc proc /proc
+mount -t sysfs sysfs /sys
+mount -t devtmpfs devtmpfs /dev
+insmod /lib/evdev.ko
+insmod /lib/uinput.ko
+echo "TOLVANE-GUEST: start"
+INIT
+        printf '%s\n' "$2" 'poweroff -f'
+    } >"$1/init"
+    chmod +x "$1/init"
+}
+
 # boot_guest INITRAMFS MEMORY_MB SECONDS: boots, writes the serial log to $work/guest.log and
 # a cleaned copy to $work/guest.txt, and fails unless the guest's /init began.
 boot_guest() {

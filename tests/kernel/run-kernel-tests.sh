@@ -28,21 +28,10 @@ build_initramfs() {
     for extra in "$@"; do
         cp "$extra" "$root/bin/"
     done
-    cat >"$root/init" <<'INIT'
-#!/bin/busybox sh
-/bin/busybox --install -s
-mount -t proc proc /proc
-mount -t sysfs sysfs /sys
-mount -t devtmpfs devtmpfs /dev
-insmod /lib/evdev.ko
-insmod /lib/uinput.ko
-echo "TOLVANE-GUEST: start"
-/bin/tolvane-kernel-tests --gtest_color=no --gtest_filter="$(cat /filter)"
-echo "TOLVANE-GUEST: result $?"
-poweroff -f
-INIT
+    # shellcheck disable=SC2016 # expanded by the guest's shell
+    write_init "$root" '/bin/tolvane-kernel-tests --gtest_color=no --gtest_filter="$(cat /filter)"
+echo "TOLVANE-GUEST: result $?"'
     echo "${TOLVANE_KERNEL_FILTER:-*}" >"$root/filter"
-    chmod +x "$root/init"
     (cd "$root" && find . | cpio -o -H newc -R 0:0 --quiet | gzip -1 >"$work/initramfs.cpio.gz")
 }
 

@@ -33,15 +33,8 @@ read -r _ outside _ </proc/self/uid_map
 mount -t overlay tolvane-usr -o "lowerdir=$root/usr:/usr" /usr
 mount -t overlay tolvane-etc -o "lowerdir=/etc,upperdir=$root/etc,workdir=$scratch/etc-work$xattrs" /etc
 
-mount --rbind /dev "$scratch/host-dev"
-mount -t tmpfs -o mode=755 tolvane-dev /dev
-for node in null zero full random urandom tty; do
-    touch "/dev/$node"
-    mount --bind "$scratch/host-dev/$node" "/dev/$node"
-done
-mkdir /dev/shm /dev/pts
-mount -t tmpfs -o mode=1777 tolvane-shm /dev/shm
-ln -s /proc/self/fd /dev/fd
-umount -l "$scratch/host-dev"
+# shellcheck source=bare-dev-lib.sh
+source "$(dirname "$0")/bare-dev-lib.sh"
+lay_bare_dev "$scratch/host-dev"
 
 exec "$@"
