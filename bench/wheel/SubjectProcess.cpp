@@ -70,7 +70,7 @@ SubjectProcess::~SubjectProcess() {
     if (pid <= 0) {
         return;
     }
-    ::kill(-pid, SIGTERM);
+    ::kill(-pid, SIGKILL); // grabs and virtual devices go with their descriptors
     while (::waitpid(-pid, nullptr, 0) > 0) {
     }
 }

@@ -21,6 +21,7 @@ frames=${3:-10000}
 rounds=${4:-5}
 idle=${5:-10}
 cache=${TOLVANE_KERNEL_CACHE:-$HOME/.cache/tolvane-kernel}
+# shellcheck disable=SC2034 # the word that starts guest-lib.sh's failure lines
 tier="wheel bench"
 # shellcheck source=../../tests/kernel/guest-lib.sh
 source "$(dirname "$0")/../../tests/kernel/guest-lib.sh"
