@@ -220,6 +220,9 @@ void runRound(const WheelSubject& subject, int frames, int idleSeconds, WheelFig
         }
     }
     if (idleSeconds > 0) {
+        // First as long again for what the last frames set off to end (the grab watchdog
+        // looks once, its timeout after input), then the count.
+        std::this_thread::sleep_for(std::chrono::seconds(idleSeconds));
         const long before = process.voluntarySwitches();
         std::this_thread::sleep_for(std::chrono::seconds(idleSeconds));
         figures.idleWakeUps = process.voluntarySwitches() - before;

@@ -31,8 +31,9 @@ struct WheelFigures {
 // Sends `frames` wheel frames through each subject, one at a time, each waited for on the
 // subject's device before the next is written. The frames are split over `rounds` rounds and
 // each round takes the subjects in turn, so that a slow spell of the machine falls on all of
-// them alike. With `idleSeconds`, the last round then leaves each subject idle that long, its
-// mice still held, and counts its wake-ups. The figures come back in the order of the subjects.
+// them alike. With `idleSeconds`, the last round then leaves each subject idle twice that long,
+// its mice still held, and counts its wake-ups over the second half. The figures come back in the
+// order of the subjects.
 std::vector<WheelFigures> measureWheelPath(const std::vector<WheelSubject>& subjects, int frames,
                                            int rounds, int idleSeconds = 0);
 

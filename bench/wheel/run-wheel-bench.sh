@@ -7,8 +7,8 @@
 #
 #   run-wheel-bench.sh BIN_DIR WORK_DIR [FRAMES] [ROUNDS] [IDLE_SECONDS]
 #
-# After the last round each subject stays idle IDLE_SECONDS (default 10) with its mice held,
-# and its wake-ups are counted.
+# After the last round each subject stays idle with its mice held, IDLE_SECONDS (default 10)
+# to settle and IDLE_SECONDS more over which its wake-ups are counted.
 # BIN_DIR holds the programs built from bench/wheel. interception-tools and the libyaml-cpp it
 # needs are downloaded once with apt-get into the kernel cache, never installed; their
 # binaries, Qt's and every shared library these load go into the initramfs.
