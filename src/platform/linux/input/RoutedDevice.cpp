@@ -2,6 +2,9 @@
 // the kernel has already thrown events away, so the half-read frame is discarded and
 // libevdev's resync (read with LIBEVDEV_READ_FLAG_SYNC until -EAGAIN) brings the clone back
 // to the device's real state, releasing any button whose release was lost.
+// Reads go to the kernel only once libevdev's queue is empty: without the blocking flag it
+// tries another read() before every event it hands out, three wasted system calls for each
+// wheel frame. On this non-blocking descriptor that read ends in -EAGAIN, never waits.
 #include "platform/linux/input/RoutedDevice.h"
 
 #include <libevdev/libevdev.h>
@@ -16,24 +19,26 @@ RoutedDevice::RoutedDevice(std::string node, std::unique_ptr<EvdevDevice> device
 
 RoutedDevice::ReadResult RoutedDevice::readPendingEvents() {
     libevdev* dev = device->evdev();
-    unsigned flags = LIBEVDEV_READ_FLAG_NORMAL;
+    constexpr unsigned normal = LIBEVDEV_READ_FLAG_NORMAL | LIBEVDEV_READ_FLAG_BLOCKING;
+    constexpr unsigned resync = LIBEVDEV_READ_FLAG_SYNC | LIBEVDEV_READ_FLAG_BLOCKING;
+    unsigned flags = normal;
     input_event event;
     for (;;) {
         const int rc = libevdev_next_event(dev, flags, &event);
         if (rc == LIBEVDEV_READ_STATUS_SUCCESS) {
             take(event);
         } else if (rc == LIBEVDEV_READ_STATUS_SYNC) {
-            if (flags == LIBEVDEV_READ_FLAG_NORMAL) {
+            if (flags == normal) {
                 count = 0; // the SYN_DROPPED itself: the frame under way is incomplete
-                flags = LIBEVDEV_READ_FLAG_SYNC;
+                flags = resync;
             } else {
                 take(event);
             }
         } else if (rc == -EAGAIN) {
-            if (flags == LIBEVDEV_READ_FLAG_NORMAL) {
+            if (flags == normal) {
                 return ReadResult::drained;
             }
-            flags = LIBEVDEV_READ_FLAG_NORMAL;
+            flags = normal;
             if (count > 0) {
                 take(input_event{{}, EV_SYN, SYN_REPORT, 0});
             }
