@@ -1,5 +1,6 @@
 #include "platform/linux/LinuxInput.h"
 #include "platform/linux/QtEventLoop.h"
+#include "platform/linux/input/NodeWatch.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -9,8 +10,13 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstdio>
 #include <functional>
+#include <string>
+#include <sys/stat.h>
 #include <unistd.h>
+#include <vector>
 
 namespace tolvane::testing {
 namespace {
@@ -58,6 +64,49 @@ TEST(LinuxInputTest, RefusesTheTapAndTheHoldWhenTheDevicesCannotBeUsed) {
     node.close();
     EXPECT_FALSE(input.keyboard().grab());
     input.keyboard().release();
+}
+
+// The directory watch used where no udevd runs, on a plain directory standing in for /dev.
+TEST(InotifyNodeWatchTest, AnnouncesEventNodesAsTheyComeChangeAndGo) {
+    QTemporaryDir dir;
+    const std::string root = dir.path().toStdString(), input = root + "/input";
+    const auto touch = [](const std::string& path) { std::fclose(std::fopen(path.c_str(), "w")); };
+    oslinux::QtEventLoop loop;
+    std::vector<std::string> seen;
+    auto watch = oslinux::watchNodesWithInotify(
+        loop, root,
+        {[&](const std::string& node) { seen.push_back("+" + node); },
+         [&](const std::string& node) { seen.push_back("-" + node); }});
+    ASSERT_NE(watch, nullptr);
+    const auto settle = [&] {
+        processUntil([] { return false; }, 50);
+        std::vector<std::string> got;
+        got.swap(seen);
+        return got;
+    };
+
+    ASSERT_EQ(::mkdir(input.c_str(), 0755), 0); // the first input device makes the directory
+    touch(input + "/event3");
+    EXPECT_EQ(settle(), std::vector<std::string>{"+event3"});
+
+    touch(input + "/event4");
+    touch(input + "/mouse0"); // not an event node
+    EXPECT_EQ(settle(), std::vector<std::string>{"+event4"});
+
+    ASSERT_EQ(::chmod((input + "/event3").c_str(), 0600), 0); // as when udev fixes permissions
+    EXPECT_EQ(settle(), std::vector<std::string>{"+event3"});
+
+    touch(input + "/staging");
+    ASSERT_EQ(::rename((input + "/staging").c_str(), (input + "/event5").c_str()), 0);
+    EXPECT_EQ(settle(), std::vector<std::string>{"+event5"});
+    ASSERT_EQ(::chmod((input + "/event5").c_str(), 0600), 0);
+    EXPECT_EQ(settle(), std::vector<std::string>{"+event5"});
+
+    ASSERT_EQ(::unlink((input + "/event4").c_str()), 0);
+    const std::vector<std::string> gone = settle();
+    ASSERT_FALSE(gone.empty());
+    EXPECT_EQ(gone.back(), "-event4");
+    EXPECT_EQ(std::count(gone.begin(), gone.end(), "-event4"), 1);
 }
 
 } // namespace

@@ -1,7 +1,10 @@
 // With no udevd, devtmpfs is the only witness of a device coming or going, and inotify on the
-// input directory reports it. The thing easy to get wrong: a node can appear before it is
-// readable (udev fixes its permissions a moment later), so a change of attributes counts as
-// an arrival too, and the directory itself may not exist until the first input device does.
+// input directory reports it. The things easy to get wrong: a node can appear before it is
+// readable (its permissions fixed a moment later), so a change of attributes counts as an
+// arrival too; and that change is watched on each node, not on the directory, because a
+// directory watch for attribute changes makes the kernel visit the directory's watchers on
+// every read of every node in it, each wheel frame included. The directory itself may not
+// exist until the first input device does.
 #include "platform/linux/input/NodeWatch.h"
 
 #include <algorithm>
@@ -9,6 +12,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <dirent.h>
+#include <map>
 #include <sys/inotify.h>
 #include <unistd.h>
 
@@ -53,14 +57,34 @@ public:
     }
 
 private:
-    static constexpr auto nodeChanges =
-        IN_CREATE | IN_DELETE | IN_ATTRIB | IN_MOVED_TO | IN_MOVED_FROM;
+    static constexpr auto entryChanges = IN_CREATE | IN_DELETE | IN_MOVED_TO | IN_MOVED_FROM;
 
-    // Watches the input directory, or its parent until the directory exists.
+    // Watches the input directory and the nodes in it, or its parent until it exists.
     void watchInputDirectory() {
-        inputWatch = inotify_add_watch(fd, (root + "/input").c_str(), nodeChanges);
+        inputWatch = inotify_add_watch(fd, (root + "/input").c_str(), entryChanges);
         if (inputWatch < 0 && rootWatch < 0) {
             rootWatch = inotify_add_watch(fd, root.c_str(), IN_CREATE | IN_MOVED_TO);
+        }
+        if (inputWatch >= 0) {
+            for (const std::string& node : listEventNodes(root)) {
+                watchAttributes(node);
+            }
+        }
+    }
+
+    void watchAttributes(const std::string& node) {
+        const int wd = inotify_add_watch(fd, (root + "/input/" + node).c_str(), IN_ATTRIB);
+        if (wd >= 0) {
+            nodeWatches[wd] = node;
+        }
+    }
+
+    void forgetAttributes(const std::string& node) {
+        const auto found = std::find_if(nodeWatches.begin(), nodeWatches.end(),
+                                        [&](const auto& watch) { return watch.second == node; });
+        if (found != nodeWatches.end()) {
+            inotify_rm_watch(fd, found->first);
+            nodeWatches.erase(found);
         }
     }
 
@@ -90,9 +114,17 @@ private:
             watchInputDirectory();
         } else if (event.wd == inputWatch && isEventNodeName(name)) {
             if (event.mask & (IN_DELETE | IN_MOVED_FROM)) {
+                forgetAttributes(name);
                 callbacks.vanished(name);
             } else {
+                watchAttributes(name);
                 callbacks.appeared(name);
+            }
+        } else if (const auto node = nodeWatches.find(event.wd); node != nodeWatches.end()) {
+            if (event.mask & IN_IGNORED) {
+                nodeWatches.erase(node);
+            } else {
+                callbacks.appeared(node->second);
             }
         }
     }
@@ -109,6 +141,7 @@ private:
     NodeCallbacks callbacks;
     int inputWatch = -1;
     int rootWatch = -1;
+    std::map<int, std::string> nodeWatches; // watch descriptor to node name
 };
 
 } // namespace
