@@ -3,6 +3,8 @@
 // that key pressed for every other reader, because its release only reaches the grabber.
 #include "platform/linux/input/EvdevDevice.h"
 
+#include "platform/linux/input/BackgroundClose.h"
+
 #include <libevdev/libevdev.h>
 
 #include <array>
@@ -34,7 +36,7 @@ EvdevDevice::EvdevDevice(int fd, libevdev* dev)
 
 EvdevDevice::~EvdevDevice() {
     libevdev_free(dev);
-    ::close(descriptor);
+    closeInBackground(descriptor);
 }
 
 bool EvdevDevice::grab() {
