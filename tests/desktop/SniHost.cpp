@@ -33,7 +33,8 @@ public:
         if (itemService.isEmpty()) {
             std::printf("no item\n");
         } else {
-            QDBusInterface item(itemService, itemPath, QStringLiteral("org.kde.StatusNotifierItem"));
+            QDBusInterface item(itemService, itemPath,
+                                QStringLiteral("org.kde.StatusNotifierItem"));
             item.asyncCall(method, x, y);
             std::printf("called %s\n", qPrintable(method));
         }
@@ -44,8 +45,8 @@ public slots:
     void RegisterStatusNotifierItem(const QString& service, const QDBusMessage& message) {
         // An item names itself by bus name, or by object path on the caller's connection.
         itemService = service.startsWith(QLatin1Char('/')) ? message.service() : service;
-        itemPath = service.startsWith(QLatin1Char('/')) ? service
-                                                        : QStringLiteral("/StatusNotifierItem");
+        itemPath =
+            service.startsWith(QLatin1Char('/')) ? service : QStringLiteral("/StatusNotifierItem");
         items.append(itemService + itemPath);
         std::printf("registered %s %s\n", qPrintable(itemService), qPrintable(itemPath));
         std::fflush(stdout);
