@@ -84,10 +84,5 @@ before_cpu=$(cpu_ns)
 before=$(wakeups)
 sleep 10
 used=$(($(cpu_ns) - before_cpu))
-if [[ -n "${MEASURE_DETAIL:-}" ]]; then
-    for t in /proc/"$tolvane_pid"/task/*; do echo "$t $(cat $t/comm) $(grep ^voluntary $t/status)"; done
-    perf record -q -g -o "$work/perf.data" -p "$tolvane_pid" -- sleep 4 >/dev/null 2>&1 || true
-    perf report -q -i "$work/perf.data" --stdio --no-children --sort dso,sym 2>/dev/null | grep -v '^$' | grep -E '^ +[0-9]' | head -40 > /tmp/menu/perf.txt || true
-fi
 echo "menu open, 10 s: $(awk -v ns="$used" 'BEGIN{printf "%.3f", ns / 1e10 * 100}') % of one core ($((used / 1000000)) ms), $(($(wakeups) - before)) wake-ups"
 close_menu
