@@ -10,8 +10,7 @@ QFont ui(int pixels, QFont::Weight weight = QFont::Normal);
 // The installed face with rounded terminals, empty where there is none.
 const QString& roundedFamily();
 
-// A rounded face where one is installed (a family whose name says "Rounded" or "Round"),
-// else the same as ui().
+// The face of roundedFamily() where there is one, else the same as ui().
 QFont rounded(int pixels, QFont::Weight weight = QFont::Normal);
 
 // The desktop's fixed-width font, for digits that must not shift as they change.

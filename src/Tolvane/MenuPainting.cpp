@@ -2,7 +2,6 @@
 #include "Tolvane/DesktopFonts.h"
 
 #include <QApplication>
-#include <QFontDatabase>
 #include <QFontMetricsF>
 #include <QPainter>
 #include <QWidget>
