@@ -59,17 +59,21 @@ public:
 private:
     static constexpr auto entryChanges = IN_CREATE | IN_DELETE | IN_MOVED_TO | IN_MOVED_FROM;
 
-    // Watches the input directory and the nodes in it, or its parent until it exists.
-    void watchInputDirectory() {
+    // Watches the input directory and the nodes in it, or its parent until it exists; returns
+    // the nodes found.
+    std::vector<std::string> watchInputDirectory() {
         inputWatch = inotify_add_watch(fd, (root + "/input").c_str(), entryChanges);
-        if (inputWatch < 0 && rootWatch < 0) {
-            rootWatch = inotify_add_watch(fd, root.c_str(), IN_CREATE | IN_MOVED_TO);
-        }
-        if (inputWatch >= 0) {
-            for (const std::string& node : listEventNodes(root)) {
-                watchAttributes(node);
+        if (inputWatch < 0) {
+            if (rootWatch < 0) {
+                rootWatch = inotify_add_watch(fd, root.c_str(), IN_CREATE | IN_MOVED_TO);
             }
+            return {};
         }
+        std::vector<std::string> nodes = listEventNodes(root);
+        for (const std::string& node : nodes) {
+            watchAttributes(node);
+        }
+        return nodes;
     }
 
     void watchAttributes(const std::string& node) {
@@ -107,8 +111,9 @@ private:
         if (event.mask & IN_Q_OVERFLOW) {
             announceAll();
         } else if (event.wd == rootWatch && name == "input" && inputWatch < 0) {
-            watchInputDirectory();
-            announceAll();
+            for (const std::string& node : watchInputDirectory()) {
+                callbacks.appeared(node);
+            }
         } else if (event.wd == inputWatch && (event.mask & IN_IGNORED)) {
             inputWatch = -1;
             watchInputDirectory();
