@@ -5,7 +5,9 @@
 #   udev, kmod        udevadm and modprobe, called by the helper
 #   qt6-qpa-plugins   Qt's X11 and Wayland platform plugins, without which no tray icon shows
 # and recommended, for GNOME's own natural-scroll setting (absent without them, which counts
-# as off): gsettings-desktop-schemas, and libglib2.0-bin for the gsettings tool that reads it.
+# as off): gsettings-desktop-schemas, and libglib2.0-bin for the gsettings tool that reads it;
+# and suggested, for GNOME, whose panel has no tray without it: gnome-shell-extension-appindicator.
+# Tolvane is published under the GNU GPL, version 3 or later (LICENSE, data/debian/copyright).
 # The only maintainer script, postrm, removes on purge what the helper wrote to /etc.
 
 # The binary, the desktop entry, the polkit action and the manual page hold absolute paths
@@ -20,8 +22,8 @@ set(CPACK_PACKAGING_INSTALL_PREFIX ${CMAKE_INSTALL_PREFIX})
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME tolvane)
 set(CPACK_PACKAGE_VENDOR "Tolvane")
-set(CPACK_PACKAGE_CONTACT "Tolvane maintainers <maintainers@users.noreply.c-seed-0fa1396a.example>"
-    CACHE STRING "Maintainer of the Debian package")
+set(CPACK_PACKAGE_CONTACT "Tolvane developers <tolvane@users.noreply.example>")
+set(CPACK_RESOURCE_FILE_LICENSE ${CMAKE_CURRENT_SOURCE_DIR}/LICENSE)
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "tray utility to switch the scroll direction and lock the keyboard")
 set(CPACK_PACKAGE_DESCRIPTION
     "Tolvane lives in the tray of a Linux desktop. It reverses the scroll wheel of\n"
@@ -41,6 +43,7 @@ set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_DEPENDS "pkexec, udev, kmod, qt6-qpa-plugins")
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "gsettings-desktop-schemas, libglib2.0-bin")
+set(CPACK_DEBIAN_PACKAGE_SUGGESTS "gnome-shell-extension-appindicator")
 set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_SOURCE_DIR}/data/debian/postrm)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 
