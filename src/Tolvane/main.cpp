@@ -1,4 +1,5 @@
 #include "Tolvane/AppDelegate.h"
+#include "Tolvane/CommandLine.h"
 #include "Tolvane/Log.h"
 #include "platform/linux/AutostartLoginRegistration.h"
 #include "platform/linux/DeviceNodeAccess.h"
@@ -14,6 +15,9 @@
 using namespace tolvane;
 
 int main(int argc, char** argv) {
+    if (const auto status = CommandLine::answer(argc, argv)) {
+        return *status;
+    }
     oslinux::SingleInstanceLock instance;
     if (!instance.acquire()) {
         return 0;
