@@ -1,6 +1,7 @@
 #include "Tolvane/MenuPainting.h"
 #include "Tolvane/MenuViews.h"
 #include "Tolvane/Symbols.h"
+#include "Tolvane/TabularDigits.h"
 
 #include <QEasingCurve>
 #include <QFontMetricsF>
@@ -168,16 +169,15 @@ void RingGauge::paintPercent(QPainter& painter, const QRectF& frame) const {
     const QString digits = QString::number(shown.percent);
     const QString percent = QStringLiteral("%");
     const QFontMetricsF numberMetrics(number);
-    const qreal width =
-        numberMetrics.horizontalAdvance(digits) + MenuPainting::textWidth(percent, sign);
-    const qreal left = frame.center().x() - width / 2;
+    const qreal digitsWidth = TabularDigits::width(digits, number);
+    const qreal left =
+        frame.center().x() - (digitsWidth + MenuPainting::textWidth(percent, sign)) / 2;
     const qreal baseline = frame.center().y() - numberMetrics.height() / 2 + numberMetrics.ascent();
-    painter.setFont(number);
     painter.setPen(MenuPainting::primary(*this));
-    painter.drawText(QPointF(left, baseline), digits);
+    TabularDigits::draw(painter, digits, QPointF(left, baseline), number);
     painter.setFont(sign);
     painter.setPen(MenuPainting::secondary(*this));
-    painter.drawText(QPointF(left + numberMetrics.horizontalAdvance(digits), baseline), percent);
+    painter.drawText(QPointF(left + digitsWidth, baseline), percent);
 }
 
 void RingGauge::paintLabels(QPainter& painter, qreal top) const {
@@ -192,10 +192,13 @@ void RingGauge::paintLabels(QPainter& painter, qreal top) const {
                            top + (labelLine - MenuPainting::lineHeight(font)) / 2, font, color);
 
     const QFont small = detailFont(*this);
-    const QString detail = QFontMetricsF(small).elidedText(QString::fromStdString(reading.detail),
-                                                           Qt::ElideRight, width());
-    MenuPainting::drawLine(painter, detail, (width() - MenuPainting::textWidth(detail, small)) / 2,
-                           top + labelLine + labelToDetail, small, MenuPainting::secondary(*this));
+    const QString detail =
+        TabularDigits::elided(QString::fromStdString(reading.detail), small, width());
+    painter.setPen(MenuPainting::secondary(*this));
+    TabularDigits::draw(painter, detail,
+                        QPointF((width() - TabularDigits::width(detail, small)) / 2,
+                                top + labelLine + labelToDetail + QFontMetricsF(small).ascent()),
+                        small);
 }
 
 } // namespace tolvane

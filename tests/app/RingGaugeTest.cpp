@@ -1,13 +1,16 @@
+#include "Tolvane/MenuPainting.h"
 #include "Tolvane/MenuViews.h"
 #include "support/FakePlatform.h"
 #include "support/ViewPixels.h"
 
+#include <QApplication>
 #include <QElapsedTimer>
 #include <QTest>
 
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <set>
 
 namespace tolvane::testing {
 namespace {
@@ -156,6 +159,41 @@ TEST_F(RingGaugeTest, TheRingTrackAndRoundedPercentageShowOnALightAndADarkPanel)
     EXPECT_NE(shoot(0.125).inside(), shoot(0.12).inside());
     EXPECT_EQ(shoot(0.895).inside(), shoot(0.9).inside()); // "90", below the warning
     EXPECT_FALSE(closeTo(shoot(0.895).at(90), warningRed, 60));
+}
+
+// GNOME's Cantarell has proportional digits: drawn at their own advances, "11%" is narrower
+// than "88%" and the sign and the detail's end shift sideways as the numbers change.
+TEST_F(RingGaugeTest, ThePercentageAndDetailKeepTheirPlaceAsTheirDigitsChange) {
+    const struct Restore {
+        QFont font = QApplication::font();
+        ~Restore() { QApplication::setFont(font); }
+    } restore;
+    QApplication::setFont(QFont(QStringLiteral("Cantarell")));
+    StatsView view(stats);
+    const QFontMetricsF font(MenuPainting::font(*view.gauge(0), 16, QFont::DemiBold, true));
+    ASSERT_NE(font.horizontalAdvance('1'), font.horizontalAdvance('8')) << "needs fonts-cantarell";
+    auto rightmostInk = [](const QImage& image, const QRect& area) {
+        for (int x = area.right(); x >= area.left(); --x) {
+            if (strongestInk(image, QRect(x, area.top(), 1, area.height()), QColor(246, 246, 246)) >
+                40) {
+                return x;
+            }
+        }
+        return -1;
+    };
+    std::set<int> percentEnds, detailEnds;
+    for (int d = 1; d <= 9; ++d) {
+        view.gauge(0)->setReading(
+            {d * 0.11, QStringLiteral("%1.%1 GB / %1%1.%1 GB").arg(d).toStdString()});
+        const QImage image = renderOnPanel(view, lightPanel());
+        const QRect gauge = view.gauge(0)->geometry();
+        const QRect ring = view.gauge(0)->ringFrame().toRect().translated(gauge.topLeft());
+        percentEnds.insert(rightmostInk(image, ring.adjusted(12, 12, -12, -12)));
+        detailEnds.insert(rightmostInk(
+            image, QRect(QPoint(gauge.left(), ring.bottom() + 8), gauge.bottomRight())));
+    }
+    EXPECT_EQ(percentEnds.size(), 1u);
+    EXPECT_EQ(detailEnds.size(), 1u);
 }
 
 TEST_F(RingGaugeTest, AVisibleMoveEasesInSixTenthsOfASecondWithFramesForItsLength) {
