@@ -10,6 +10,8 @@
 #include <QKeyEvent>
 #include <QPainter>
 
+#include <algorithm>
+
 namespace tolvane {
 
 namespace {
@@ -22,6 +24,7 @@ constexpr int stackSpacing = 22;
 constexpr int textSpacing = 8;
 constexpr int badgeDiameter = 120;
 constexpr int instructionWidth = 380;
+constexpr int columnPadding = 48;
 constexpr int buttonTopPadding = 6;
 constexpr qreal darkening = 0.35;
 constexpr int keyboardPixels = 50;
@@ -38,7 +41,7 @@ QFont clockFont() {
     return DesktopFonts::monospaced(13, QFont::Medium);
 }
 
-constexpr int instructionFlags = Qt::AlignHCenter | Qt::AlignTop | Qt::TextWordWrap;
+constexpr int textFlags = Qt::AlignHCenter | Qt::AlignTop | Qt::TextWordWrap;
 
 QColor white(qreal opacity) {
     QColor colour(Qt::white);
@@ -74,13 +77,17 @@ QString CleaningOverlay::clockText() const {
     return QString::fromStdString(elapsed(0, since.count()));
 }
 
-// A centred column: badge, heading and instruction, clock, button; 22 px apart.
+// A centred column: badge, heading and instruction, clock, button; 22 px apart, with 48 px
+// kept clear on each side. On a narrow screen the texts wrap to fit.
 void CleaningOverlay::layOutContent() {
-    const QFontMetrics headingMetrics(headingFont());
-    const QSize headingSize(headingMetrics.horizontalAdvance(heading), headingMetrics.height());
+    const int room = std::max(1, width() - 2 * columnPadding);
+    const QSize headingSize = QFontMetrics(headingFont())
+                                  .boundingRect(QRect(0, 0, room, 100000), textFlags, heading)
+                                  .size();
+    const int instructionRoom = std::min(instructionWidth, room);
     const QSize instructionSize =
         QFontMetrics(instructionFont())
-            .boundingRect(QRect(0, 0, instructionWidth, 100000), instructionFlags, instruction)
+            .boundingRect(QRect(0, 0, instructionRoom, 100000), textFlags, instruction)
             .size();
     const QFontMetrics clockMetrics(clockFont());
     // Wide enough for a clock that has run for a year.
@@ -99,7 +106,7 @@ void CleaningOverlay::layOutContent() {
     top += badgeDiameter + stackSpacing;
     headingRect = centredRow(centreX, top, headingSize);
     top += headingSize.height() + textSpacing;
-    instructionRect = centredRow(centreX, top, QSize(instructionWidth, instructionSize.height()));
+    instructionRect = centredRow(centreX, top, QSize(instructionRoom, instructionSize.height()));
     top += instructionSize.height() + stackSpacing;
     clockRect = centredRow(centreX, top, clockSize);
     top += clockSize.height() + stackSpacing + buttonTopPadding;
@@ -159,11 +166,11 @@ void CleaningOverlay::paintBadge(QPainter& painter) {
 void CleaningOverlay::paintTexts(QPainter& painter) {
     painter.setFont(headingFont());
     painter.setPen(Qt::white);
-    painter.drawText(headingRect, Qt::AlignCenter, heading);
+    painter.drawText(headingRect, textFlags, heading);
 
     painter.setFont(instructionFont());
     painter.setPen(white(0.75));
-    painter.drawText(instructionRect, instructionFlags, instruction);
+    painter.drawText(instructionRect, textFlags, instruction);
 
     painter.setFont(clockFont());
     painter.setPen(white(0.6));

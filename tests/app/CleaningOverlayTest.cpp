@@ -83,6 +83,23 @@ TEST_F(Overlay, DarkensTheBlurredScreenPictureOrWithoutOneIsASeeThroughLayer) {
     }
 }
 
+// On a screen 420 px wide the column keeps 48 px clear at each side: its texts wrap, and
+// nothing of them is lost.
+TEST_F(Overlay, OnANarrowScreenTheColumnKeepsClearOfTheSidesAndItsTextsWrap) {
+    make(QImage());
+    const auto ink = [](const QImage& picture, const QRect& area) {
+        return countPixels(picture, area, [](QColor c) {
+            return std::max({std::abs(c.alpha() - 89), c.red(), c.green(), c.blue()}) > 1;
+        });
+    };
+    const int wide = ink(renderedPicture(*overlay), overlay->rect());
+    overlay->setGeometry(0, 0, 420, 700);
+    const QImage narrow = renderedPicture(*overlay);
+    EXPECT_EQ(ink(narrow, QRect(0, 0, 48, 700)), 0);
+    EXPECT_EQ(ink(narrow, QRect(420 - 48, 0, 48, 700)), 0);
+    EXPECT_NEAR(ink(narrow, narrow.rect()), wide, wide / 20);
+}
+
 TEST_F(Overlay, UnlockCapsuleRunsTheCleanGradientFromLeftToRight) {
     make(filled(QSize(100, 70), Qt::white));
     const QImage picture = renderedPicture(*overlay);
