@@ -71,8 +71,18 @@ void AppDelegate::showPermissionAlert() {
     }
 }
 
+// Where no program can open the page (no browser, no xdg-open), the user is told where it is.
 void AppDelegate::openAccessibility() {
-    platform.access.openHelp();
+    if (platform.access.openHelp()) {
+        return;
+    }
+    QMessageBox box(QMessageBox::Information, QStringLiteral("Tolvane"),
+                    QStringLiteral("The help page could not be opened"));
+    box.setInformativeText(QStringLiteral("No program here opens web pages. Open this file in a "
+                                          "web browser:\n%1")
+                               .arg(QString::fromStdString(platform.access.helpPage())));
+    box.setTextInteractionFlags(Qt::TextSelectableByMouse);
+    box.exec();
 }
 
 } // namespace tolvane

@@ -2,10 +2,13 @@
 #include "support/AppHarness.h"
 #include "support/ViewPixels.h"
 
+#include <QApplication>
 #include <QMenu>
+#include <QMessageBox>
 #include <QSignalSpy>
 #include <QSystemTrayIcon>
 #include <QTest>
+#include <QTimer>
 #include <QWidgetAction>
 
 #include <gtest/gtest.h>
@@ -112,6 +115,18 @@ TEST_F(StatusMenu, WithoutInputAccessAWarningOpensHelpAndTheCleanRowIsOff) {
     recorder().clear();
     menu->actions()[1]->trigger();
     EXPECT_EQ(recorder().calls, (std::vector<std::string>{"access.openHelp"}));
+    // Where no program opens the page, a message says where it is.
+    fakes().access.helpOpens = false;
+    QString told;
+    QObject scope; // takes the answer away with the test, had no message come
+    QTimer::singleShot(0, &scope, [&told] {
+        auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+        ASSERT_NE(box, nullptr);
+        told = box->informativeText();
+        box->accept();
+    });
+    menu->actions()[1]->trigger();
+    EXPECT_TRUE(told.contains(QLatin1String("/usr/share/tolvane/help/input-access.html")));
 }
 
 TEST_F(StatusMenu, ItemsAndTheirShortcutsActAndTheNextMenuShowsTheResult) {

@@ -36,9 +36,14 @@ public:
     using Recording::Recording;
     bool isTrusted() override { return trusted; }
     void requestAccess() override { recorder.record("access.requestAccess"); }
-    void openHelp() override { recorder.record("access.openHelp"); }
+    bool openHelp() override {
+        recorder.record("access.openHelp");
+        return helpOpens;
+    }
+    std::string helpPage() override { return "/usr/share/tolvane/help/input-access.html"; }
 
     bool trusted = true;
+    bool helpOpens = true;
 };
 
 class FakeScrollTap final : public platform::ScrollTap, Recording {

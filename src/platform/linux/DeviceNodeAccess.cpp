@@ -53,8 +53,8 @@ void DeviceNodeAccess::requestAccess() {
     QProcess::startDetached(pkexec, {helper});
 }
 
-void DeviceNodeAccess::openHelp() {
-    QDesktopServices::openUrl(QUrl::fromLocalFile(QString::fromStdString(helpPagePath())));
+bool DeviceNodeAccess::openHelp() {
+    return QDesktopServices::openUrl(QUrl::fromLocalFile(QString::fromStdString(helpPagePath())));
 }
 
 } // namespace tolvane::oslinux

@@ -13,7 +13,8 @@ public:
 
     bool isTrusted() override;
     void requestAccess() override;
-    void openHelp() override;
+    bool openHelp() override;
+    std::string helpPage() override { return helpPagePath(); }
 
     // The installed helper that grants access, and the local help page.
     static std::string helperPath();
