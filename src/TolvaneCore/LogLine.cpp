@@ -18,17 +18,46 @@ std::string isoTimestamp(std::int64_t secondsSinceEpoch) {
     return text;
 }
 
+std::string escapedControls(std::string_view message) {
+    static constexpr char hex[] = "0123456789abcdef";
+    std::string text;
+    text.reserve(message.size());
+    for (std::size_t at = 0; at < message.size(); ++at) {
+        const auto byte = static_cast<unsigned char>(message[at]);
+        // U+0080 to U+009F (NEL among them) arrive as 0xC2 and one byte of 0x80 to 0x9F.
+        const bool c1 = byte == 0xc2 && at + 1 < message.size() &&
+                        (static_cast<unsigned char>(message[at + 1]) & 0xe0) == 0x80;
+        if (byte >= 0x20 && byte != 0x7f && !c1) {
+            text += char(byte);
+            continue;
+        }
+        const unsigned code = c1 ? static_cast<unsigned char>(message[++at]) : byte;
+        if (code == '\n') {
+            text += "\\n";
+        } else if (code == '\r') {
+            text += "\\r";
+        } else if (code == '\t') {
+            text += "\\t";
+        } else {
+            text += c1 ? "\\u00" : "\\x";
+            text += hex[code >> 4];
+            text += hex[code & 0xf];
+        }
+    }
+    return text;
+}
+
 std::string logFileLine(std::int64_t secondsSinceEpoch, std::string_view message) {
     std::string line = isoTimestamp(secondsSinceEpoch);
     line += ' ';
-    line += message;
+    line += escapedControls(message);
     line += '\n';
     return line;
 }
 
 std::string systemLogEntry(std::string_view message) {
     std::string entry = "Tolvane: ";
-    entry += message;
+    entry += escapedControls(message);
     return entry;
 }
 

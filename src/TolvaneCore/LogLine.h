@@ -9,10 +9,14 @@ namespace tolvane {
 // "2026-11-18T15:44:21Z": UTC, whole seconds, no fraction.
 std::string isoTimestamp(std::int64_t secondsSinceEpoch);
 
-// One line of the log file: timestamp, one blank, the message as given, one line feed.
+// The message with every control character (C0, DEL, C1) written as an escape: "\n", "\r",
+// "\t", "\x1b", "\u0085". A device name with a line feed in it cannot forge a second line.
+std::string escapedControls(std::string_view message);
+
+// One line of the log file: timestamp, one blank, the escaped message, one line feed.
 std::string logFileLine(std::int64_t secondsSinceEpoch, std::string_view message);
 
-// The system log's entry for the same message.
+// The system log's entry for the same message, escaped alike.
 std::string systemLogEntry(std::string_view message);
 
 // "true" or "false", as every log line spells a Bool.

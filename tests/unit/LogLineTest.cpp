@@ -5,12 +5,16 @@
 namespace tolvane {
 namespace {
 
-TEST(LogFileLine, IsAUtcTimestampToTheSecondABlankTheMessageAsGivenAndALineFeed) {
+TEST(LogFileLine, IsAUtcTimestampToTheSecondABlankTheEscapedMessageAndALineFeed) {
     EXPECT_EQ(logFileLine(1795016661, "loaded state: auto=true mode=trackpad"),
               "2026-11-18T15:44:21Z loaded state: auto=true mode=trackpad\n");
     EXPECT_EQ(logFileLine(0, "mouse connected: Mäus ✓ (1 present)"),
               "1970-01-01T00:00:00Z mouse connected: Mäus ✓ (1 present)\n");
-    EXPECT_EQ(logFileLine(951782400, "two\nlines"), "2000-02-29T00:00:00Z two\nlines\n");
+    // A device name cannot forge a line, move the cursor or hide text behind a return.
+    EXPECT_EQ(logFileLine(951782400, "two\nlines"), "2000-02-29T00:00:00Z two\\nlines\n");
+    EXPECT_EQ(logFileLine(0, std::string("a\r\tb\x1b[2J\x7f\0\xc2\x85z", 13)),
+              "1970-01-01T00:00:00Z a\\r\\tb\\x1b[2J\\x7f\\x00\\u0085z\n");
+    EXPECT_EQ(systemLogEntry("mouse connected: A\nB"), "Tolvane: mouse connected: A\\nB");
     EXPECT_EQ(logFileLine(4102444799, ""), "2099-12-31T23:59:59Z \n");
     EXPECT_EQ(systemLogEntry("keyboard lock: locked"), "Tolvane: keyboard lock: locked");
 }
