@@ -3,8 +3,10 @@
 
 #include <QDir>
 #include <QFile>
+#include <QLabel>
 #include <QMenu>
 #include <QSystemTrayIcon>
+#include <QWidgetAction>
 
 #include <gtest/gtest.h>
 
@@ -91,6 +93,38 @@ TEST_F(Launch, ANaturalBaselineTurnsTheInversionAround) {
         recorder().matching("log: Tolvane: === launch"),
         std::vector<std::string>{"log: Tolvane: === launch === trusted=true baselineNatural=true"});
     EXPECT_FALSE(delegate->isInverting());
+}
+
+// With no tray host the menu comes as a window once the wait is over, and again when a later
+// host goes away; a second start opens it too.
+TEST_F(Launch, WithoutATrayHostTheMenuComesAsAWindowAfterTheWait) {
+    trayHost = false;
+    timing.trayWait = std::chrono::milliseconds(100);
+    timing.trayCheck = std::chrono::milliseconds(20);
+    launch();
+    settle(50);
+    EXPECT_FALSE(delegate->menuWindow()) << "the wait is not over";
+    settle(100);
+    QMenu* window = delegate->menuWindow();
+    ASSERT_TRUE(window && window->isVisible());
+    EXPECT_EQ(window->windowTitle(), "Tolvane");
+    auto* line = qobject_cast<QWidgetAction*>(window->actions().value(0));
+    ASSERT_TRUE(line && qobject_cast<QLabel*>(line->defaultWidget()));
+    EXPECT_EQ(qobject_cast<QLabel*>(line->defaultWidget())->text(),
+              "This desktop shows no tray icons. Start Tolvane again to open this window; on "
+              "GNOME, turn on the AppIndicator extension to keep Tolvane in the top bar.");
+    window->close();
+    settle();
+    EXPECT_FALSE(delegate->menuWindow());
+    delegate->openMenu();
+    ASSERT_TRUE(delegate->menuWindow() && delegate->menuWindow()->isVisible());
+    delegate->menuWindow()->close();
+    trayHost = true;
+    settle(50);
+    EXPECT_FALSE(delegate->menuWindow());
+    trayHost = false;
+    settle(50);
+    EXPECT_TRUE(delegate->menuWindow());
 }
 
 } // namespace
