@@ -67,7 +67,7 @@ void AppDelegate::applicationDidFinishLaunching() {
     // A panel may start after the programs of the session; without one, the menu comes as
     // a window once the wait is over.
     QTimer::singleShot(timing.trayWait, this, [this] {
-        if (!trayPresent && !windowMenu) {
+        if (!trayPresent) {
             openMenuWindow(true);
         }
     });

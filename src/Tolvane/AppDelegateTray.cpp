@@ -137,14 +137,24 @@ void AppDelegate::openMenu() {
 }
 
 // The rich menu as a window: a panel without frame that closes like a menu, or, with no tray,
-// a normal window titled "Tolvane" that stays until it is closed and comes back after a choice.
+// a normal window titled "Tolvane" that stays until it is closed. A choice closes either, as it
+// closes a menu (a window is no popup, so Qt does not); the no-tray window then comes back and
+// shows the choice's result.
 void AppDelegate::openMenuWindow(bool noTray) {
-    if (windowMenu) {
+    if (windowMenu && windowMenu->isVisible()) {
         windowMenu->raise();
         windowMenu->activateWindow();
         return;
     }
     auto* menu = static_cast<StatusMenu*>(buildMenu());
+    for (QAction* action : menu->actions()) {
+        connect(action, &QAction::triggered, menu, [this, menu, noTray] {
+            menu->hide();
+            if (noTray) {
+                QTimer::singleShot(0, this, [this] { openMenuWindow(true); });
+            }
+        });
+    }
     if (noTray) {
         auto* line = new QLabel(noTrayLine);
         line->setWordWrap(true);
@@ -153,13 +163,6 @@ void AppDelegate::openMenuWindow(bool noTray) {
         auto* item = new QWidgetAction(menu);
         item->setDefaultWidget(line);
         menu->insertAction(menu->actions().value(0), item);
-        connect(menu, &QMenu::triggered, this, [this] {
-            QTimer::singleShot(0, this, [this] {
-                if (!windowMenu) {
-                    openMenuWindow(true);
-                }
-            });
-        });
         menu->setWindowFlags(Qt::Window);
     } else {
         menu->setWindowFlags(Qt::Window | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
