@@ -13,6 +13,7 @@
 #include <QSocketNotifier>
 
 #include <cerrno>
+#include <cstddef>
 #include <cstring>
 
 #include <fcntl.h>
