@@ -3,7 +3,8 @@
 # installed binary; the rest are what the program and the access helper run:
 #   pkexec            asks for the administrator's consent to run the helper
 #   udev, kmod        udevadm and modprobe, called by the helper
-#   qt6-qpa-plugins   Qt's X11 and Wayland platform plugins, without which no tray icon shows
+#   qt6-qpa-plugins   Qt's X11 platform plugin, without which no tray icon shows
+#   qt6-wayland       Qt's Wayland platform plugin, so that Tolvane runs natively on Wayland
 # and recommended, for GNOME's own natural-scroll setting (absent without them, which counts
 # as off): gsettings-desktop-schemas, and libglib2.0-bin for the gsettings tool that reads it.
 # The only maintainer script, postrm, removes on purge what the helper wrote to /etc.
@@ -39,7 +40,7 @@ set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION utils)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_PACKAGE_DEPENDS "pkexec, udev, kmod, qt6-qpa-plugins")
+set(CPACK_DEBIAN_PACKAGE_DEPENDS "pkexec, udev, kmod, qt6-qpa-plugins, qt6-wayland")
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "gsettings-desktop-schemas, libglib2.0-bin")
 set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_SOURCE_DIR}/data/debian/postrm)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)

@@ -8,7 +8,6 @@
 
 #include <QDir>
 #include <QMenu>
-#include <QSystemTrayIcon>
 
 namespace tolvane {
 
@@ -45,6 +44,8 @@ AppDelegate::AppDelegate(platform::Platform& platform, const QString& settingsPa
 
 AppDelegate::~AppDelegate() {
     delete currentMenu;
+    delete windowMenu;
+    delete hostMenu;
 }
 
 QString AppDelegate::defaultSettingsPath() {
@@ -61,13 +62,18 @@ void AppDelegate::applicationDidFinishLaunching() {
     loadState();
     Log::line("loaded state: auto=" + text(state.autoEnabled) + " mode=" + text(state.mode));
 
-    statusItem = new QSystemTrayIcon(this);
-    connect(statusItem, &QSystemTrayIcon::activated, this,
-            [this](QSystemTrayIcon::ActivationReason reason) {
-                if (reason == QSystemTrayIcon::Trigger || reason == QSystemTrayIcon::Context) {
-                    popUpMenu();
-                }
-            });
+    createStatusItem();
+    trayPresent = trayHostAvailable();
+    // A panel may start after the programs of the session; without one, the menu comes as
+    // a window once the wait is over.
+    QTimer::singleShot(timing.trayWait, this, [this] {
+        if (!trayPresent) {
+            openMenuWindow(true);
+        }
+    });
+    trayWatch.setInterval(timing.trayCheck);
+    connect(&trayWatch, &QTimer::timeout, this, &AppDelegate::checkTrayHost);
+    trayWatch.start();
 
     QPointer<AppDelegate> weak(this);
     monitor.onChange = [weak](bool present) {
@@ -109,13 +115,20 @@ void AppDelegate::applyInversion() {
 void AppDelegate::render() {
     if (statusItem) {
         const bool active = state.mode == ScrollMode::mouse;
-        statusItem->setIcon(BrandIcon::menuBar(active));
+        statusItem->setIcon(BrandIcon::menuBar(active, trayInk()));
         statusItem->setToolTip(BrandIcon::description(active));
         if (!statusItem->isVisible()) {
             statusItem->show();
         }
     }
-    installMenu(buildMenu());
+    QMenu* rich = buildMenu();
+    fillHostMenu(rich);
+    installMenu(rich);
+    // A host that draws menus shows this one; where the program paints the icon itself,
+    // every click reaches the program, which shows the rich menu.
+    if (statusItem && !appPaintsIcon && statusItem->contextMenu() != hostMenu) {
+        statusItem->setContextMenu(hostMenu);
+    }
 }
 
 void AppDelegate::runStateCycle(AppEvent event) {

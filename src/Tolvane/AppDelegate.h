@@ -10,20 +10,25 @@
 #include <QMenu>
 #include <QObject>
 #include <QPointer>
+#include <QSet>
 #include <QSettings>
 #include <QString>
+#include <QSystemTrayIcon>
 #include <QTimer>
 
 #include <chrono>
+#include <functional>
 #include <memory>
-
-class QSystemTrayIcon;
 
 namespace tolvane {
 
 struct AppTiming {
     std::chrono::milliseconds permissionPoll{1500};
     std::chrono::milliseconds cleaningDelay{150};
+    // How long a start waits for a tray host before it opens the menu as a window, and how
+    // often it looks whether a host has come or gone.
+    std::chrono::milliseconds trayWait{10000};
+    std::chrono::milliseconds trayCheck{2000};
 };
 
 // Owns every long-lived object and the one live state. Every change of state runs, in this
@@ -46,10 +51,22 @@ public:
     void openAccessibility();
     void quit();
 
+    // Opens the rich menu where the user will see it: at the tray icon where the program
+    // paints it itself, else as a panel window that the compositor places. Another start of
+    // the program asks for this.
+    void openMenu();
+
+    // Whether the desktop shows tray icons now; Qt's answer unless a test sets another.
+    std::function<bool()> trayHostAvailable = [] {
+        return QSystemTrayIcon::isSystemTrayAvailable();
+    };
+
     // What tests and the tray look at.
     const AppState& currentState() const { return state; }
     QSystemTrayIcon* trayIcon() const { return statusItem; }
     QMenu* menu() const { return currentMenu; }
+    QMenu* hostDrawnMenu() const { return hostMenu; }
+    QMenu* menuWindow() const { return windowMenu; }
     bool isPolling() const { return !permissionTimer.isNull(); }
     bool isInverting() const { return inverter.inverting; }
     KeyboardLock& lockForTesting() { return keyboardLock; }
@@ -71,13 +88,27 @@ private:
 
     QMenu* buildMenu();
     void installMenu(QMenu* menu);
-    void popUpMenu();
+    void fillHostMenu(QMenu* rich);
     void startCleaning();
+
+    void createStatusItem();
+    void trayActivated(QSystemTrayIcon::ActivationReason reason);
+    void checkTrayHost();
+    void sampleTrayBackground();
+    QColor trayInk() const;
+    void openMenuWindow(bool noTray);
 
     platform::Platform& platform;
     AppTiming timing;
     QSettings settings;
     QPointer<QMenu> currentMenu;
+    QPointer<QMenu> hostMenu;
+    QPointer<QMenu> windowMenu;
+    QSet<QMenu*> openMenus;
+    QTimer trayWatch;
+    bool trayPresent = false;
+    bool appPaintsIcon = false;
+    QColor panelInk;
 
     QSystemTrayIcon* statusItem = nullptr;
     ScrollInverter inverter;

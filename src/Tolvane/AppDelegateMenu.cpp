@@ -1,5 +1,6 @@
-// The tray menu is the whole user interface. It is built anew on every render and popped up
-// by the program itself: tray hosts that export menus over D-Bus drop the widget rows.
+// The tray menu is the whole user interface. It is built anew on every render, in two forms
+// from the same items: the rich menu, with its widget rows, that the program shows itself, and
+// a plain copy for tray hosts that draw menus themselves and cannot show widget rows.
 #include "Tolvane/AppDelegate.h"
 
 #include "Tolvane/MenuViews.h"
@@ -8,23 +9,44 @@
 
 #include <QAction>
 #include <QApplication>
-#include <QCursor>
 #include <QMenu>
 #include <QTimer>
 #include <QWidgetAction>
 
 namespace tolvane {
 
+namespace {
+
+// A plain item of the rich menu that a host-drawn menu shows as text only.
+constexpr char textOnlyWhenHostDrawn[] = "tolvaneTextOnlyWhenHostDrawn";
+
+} // namespace
+
 QMenu* AppDelegate::buildMenu() {
     auto* menu = new StatusMenu();
-    connect(menu, &QMenu::aboutToShow, this, &AppDelegate::menuWillOpen);
-    connect(menu, &QMenu::aboutToHide, this, &AppDelegate::menuDidClose);
+    // Sampling runs while any rich menu is on screen, whether popped up or as a window.
+    connect(menu, &QMenu::aboutToShow, this, [this, menu] {
+        openMenus.insert(menu);
+        menuWillOpen();
+    });
+    connect(menu, &QMenu::aboutToHide, this, [this, menu] {
+        openMenus.remove(menu);
+        if (openMenus.isEmpty()) {
+            menuDidClose();
+        }
+    });
+    connect(menu, &QObject::destroyed, this, [this, menu] {
+        if (openMenus.remove(menu) && openMenus.isEmpty()) {
+            menuDidClose();
+        }
+    });
 
     menu->addAction(hostedMenuItem(
         new HeaderView(state.mode == ScrollMode::mouse, state.mouseConnected), menu));
 
     if (!platform.access.isTrusted()) {
         QAction* warning = menu->addAction(QStringLiteral("\u26A0\uFE0E Needs input access"));
+        warning->setProperty(textOnlyWhenHostDrawn, true);
         connect(warning, &QAction::triggered, this, &AppDelegate::openAccessibility);
     }
 
@@ -86,9 +108,26 @@ void AppDelegate::installMenu(QMenu* menu) {
     }
 }
 
-void AppDelegate::popUpMenu() {
-    if (currentMenu && !currentMenu->isVisible()) {
-        currentMenu->popup(QCursor::pos());
+// The plain items are the rich menu's own actions, so both forms show and do the same; the
+// widget rows stand in as text items, and the first item opens the rich menu.
+void AppDelegate::fillHostMenu(QMenu* rich) {
+    if (!hostMenu) {
+        hostMenu = new QMenu();
+    }
+    hostMenu->clear();
+    QAction* open = hostMenu->addAction(QStringLiteral("Open Tolvane"));
+    connect(open, &QAction::triggered, this, [this] { openMenuWindow(false); });
+    for (QAction* action : rich->actions()) {
+        if (auto* hosted = qobject_cast<QWidgetAction*>(action)) {
+            auto* row = dynamic_cast<MenuRow*>(hosted->defaultWidget());
+            if (QAction* standIn = row ? row->plainItem(hostMenu) : nullptr) {
+                hostMenu->addAction(standIn);
+            }
+        } else if (action->property(textOnlyWhenHostDrawn).toBool()) {
+            hostMenu->addAction(action->text())->setEnabled(false);
+        } else {
+            hostMenu->addAction(action);
+        }
     }
 }
 
@@ -103,6 +142,9 @@ void AppDelegate::menuDidClose() {
 void AppDelegate::startCleaning() {
     if (currentMenu) {
         currentMenu->hide();
+    }
+    if (windowMenu) {
+        windowMenu->hide();
     }
     // A render while the menu was open installed a newer menu; the one on screen is older.
     if (auto* open = qobject_cast<QMenu*>(QApplication::activePopupWidget())) {

@@ -1,9 +1,11 @@
 #include "Tolvane/BrandIcon.h"
 
-#include <QGuiApplication>
+#include <QIconEngine>
 #include <QPainter>
 #include <QPainterPath>
-#include <QPalette>
+
+#include <algorithm>
+#include <cmath>
 
 namespace tolvane::BrandIcon {
 
@@ -74,15 +76,64 @@ QString description(bool active) {
                   : QStringLiteral("Tolvane: natural scrolling");
 }
 
-QIcon menuBar(bool active) {
-    const QColor color =
-        active ? accent()
-               : QGuiApplication::palette().color(QPalette::Active, QPalette::WindowText);
-    QIcon icon;
-    for (int size : {16, 18, 22, 24, 32, 48, 64}) {
-        icon.addPixmap(glyph(color, size));
+namespace {
+
+// The glyph at whatever size is asked for, with the name of a themed icon of the same glyph.
+class GlyphEngine final : public QIconEngine {
+public:
+    GlyphEngine(QColor ink, QString themeName) : ink(ink), themeName(std::move(themeName)) {}
+
+    void paint(QPainter* painter, const QRect& rect, QIcon::Mode, QIcon::State) override {
+        const qreal side = std::min(rect.width(), rect.height());
+        painter->save();
+        painter->translate(rect.x() + (rect.width() - side) / 2,
+                           rect.y() + (rect.height() - side) / 2);
+        painter->scale(side / canvas, side / canvas);
+        drawTolvane(*painter, ink);
+        painter->restore();
     }
-    return icon;
+    QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State state) override {
+        QPixmap pixmap(size);
+        pixmap.fill(Qt::transparent);
+        QPainter painter(&pixmap);
+        paint(&painter, QRect(QPoint(), size), mode, state);
+        return pixmap;
+    }
+    QList<QSize> availableSizes(QIcon::Mode, QIcon::State) override {
+        return {{16, 16}, {22, 22}, {24, 24}, {32, 32}, {48, 48}, {64, 64}};
+    }
+    QString iconName() override { return themeName; }
+    QString key() const override { return QStringLiteral("tolvane-glyph"); }
+    QIconEngine* clone() const override { return new GlyphEngine(ink, themeName); }
+
+private:
+    QColor ink;
+    QString themeName;
+};
+
+} // namespace
+
+QIcon menuBar(bool active, const QColor& ink) {
+    QString name = active ? QStringLiteral("tolvane") : QStringLiteral("tolvane-symbolic");
+    if (!QIcon::hasThemeIcon(name)) {
+        name.clear();
+    }
+    return QIcon(new GlyphEngine(active ? accent() : ink, name));
+}
+
+// Black stands out more than white exactly where the relative luminance exceeds 0.179.
+QColor inkOn(const QColor& background) {
+    const auto linear = [](float c) {
+        return c <= 0.04045f ? c / 12.92 : std::pow((c + 0.055) / 1.055, 2.4);
+    };
+    const QColor rgb = background.toRgb();
+    const double luminance =
+        0.2126 * linear(rgb.redF()) + 0.7152 * linear(rgb.greenF()) + 0.0722 * linear(rgb.blueF());
+    return luminance > 0.179 ? QColor(Qt::black) : QColor(Qt::white);
+}
+
+QColor neutralInk() {
+    return {0x76, 0x76, 0x76};
 }
 
 } // namespace tolvane::BrandIcon

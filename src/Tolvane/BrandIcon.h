@@ -13,8 +13,18 @@ namespace tolvane::BrandIcon {
 const QColor& accent();
 
 // The tray icon: the glyph in the accent colour while mouse scrolling is in force, else in
-// the panel's text colour.
-QIcon menuBar(bool active);
+// `ink`, the colour that stands out on the panel where the program paints the icon itself.
+// Where the icon theme holds Tolvane's installed icons, the icon also carries their name
+// (the inactive one symbolic), so that a tray host that draws icons by name tints the
+// inactive form to its panel; pixels stay the fallback for hosts that find no such name.
+QIcon menuBar(bool active, const QColor& ink);
+
+// Of black and white, the one that stands out more on `background`.
+QColor inkOn(const QColor& background);
+
+// A grey that stands out on black and on white panels alike, for hosts that show pixels as
+// they come.
+QColor neutralInk();
 
 // What assistive software reads for the tray icon.
 QString description(bool active);

@@ -2,6 +2,7 @@
 #include "Tolvane/MenuViews.h"
 #include "Tolvane/Symbols.h"
 
+#include <QAction>
 #include <QMouseEvent>
 #include <QPainter>
 
@@ -125,8 +126,23 @@ void CleanKeyboardRow::mouseReleaseEvent(QMouseEvent* event) {
     }
 }
 
+QAction* CleanKeyboardRow::plainItem(QObject* parent) const {
+    auto* item = new QAction(QStringLiteral("Clean Keyboard"), parent);
+    item->setEnabled(enabled);
+    QObject::connect(item, &QAction::triggered, item, [run = action] {
+        if (run) {
+            run();
+        }
+    });
+    return item;
+}
+
 SectionCaption::SectionCaption(QString text, QWidget* parent)
     : MenuRow(parent), text(std::move(text)) {}
+
+QAction* SectionCaption::plainItem(QObject* parent) const {
+    return textItem(text, parent);
+}
 
 namespace {
 QFont captionFont(const QWidget& w) {

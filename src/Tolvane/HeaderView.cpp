@@ -3,6 +3,7 @@
 #include "Tolvane/MenuViews.h"
 #include "Tolvane/Symbols.h"
 
+#include <QAction>
 #include <QPainter>
 #include <QPainterPath>
 
@@ -67,6 +68,12 @@ struct Chip {
 
 HeaderView::HeaderView(bool reversed, bool mouseConnected, QWidget* parent)
     : MenuRow(parent), reversed(reversed), mouseConnected(mouseConnected) {}
+
+QAction* HeaderView::plainItem(QObject* parent) const {
+    return textItem(subtitle(reversed) + QStringLiteral(" \u00B7 ") +
+                        Chip::forMouse(mouseConnected).text,
+                    parent);
+}
 
 int HeaderView::contentHeight() const {
     const qreal titleBlock =

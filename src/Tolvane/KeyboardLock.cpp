@@ -6,6 +6,7 @@
 #include "Tolvane/CleaningOverlay.h"
 #include "Tolvane/Log.h"
 #include "Tolvane/ScreenBackdrop.h"
+#include "Tolvane/WaylandSession.h"
 #include "platform/KeyboardGrab.h"
 
 #include <QGuiApplication>
@@ -75,10 +76,13 @@ void KeyboardLock::activateFirstOverlay() {
 }
 
 // A frameless window above all others that the window manager leaves alone, so it cannot be
-// moved, minimised or closed; see-through where the overlay does not paint.
+// moved, minimised or closed; see-through where the overlay does not paint. A Wayland
+// compositor places windows itself and keeps the screen's pixels to itself: there the overlay
+// asks to fill its screen, and has only the darkening layer.
 void KeyboardLock::showOverlayOn(QScreen* screen) {
+    const bool wayland = inWaylandSession();
     // The picture is taken before the window stands on the screen, or it would be in it.
-    QImage backdrop = blurredScreenPicture(screen);
+    QImage backdrop = wayland ? QImage() : blurredScreenPicture(screen);
     QPointer<KeyboardLock> weak(this);
     auto* window = new CleaningOverlay(
         [weak] {
@@ -88,7 +92,7 @@ void KeyboardLock::showOverlayOn(QScreen* screen) {
         },
         std::move(backdrop));
     window->setWindowFlags(Qt::Window | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint |
-                           Qt::X11BypassWindowManagerHint);
+                           (wayland ? Qt::WindowFlags() : Qt::X11BypassWindowManagerHint));
     window->setAttribute(Qt::WA_TranslucentBackground);
     window->setWindowTitle(QStringLiteral("Tolvane"));
     window->setScreen(screen);
@@ -96,7 +100,11 @@ void KeyboardLock::showOverlayOn(QScreen* screen) {
     // A screen whose resolution or place changes while locked stays covered.
     connect(screen, &QScreen::geometryChanged, window,
             [window](const QRect& geometry) { window->setGeometry(geometry); });
-    window->show();
+    if (wayland) {
+        window->showFullScreen();
+    } else {
+        window->show();
+    }
     window->raise();
     overlays.push_back({screen, window});
 }

@@ -1,6 +1,7 @@
 #include "Tolvane/MenuPainting.h"
 #include "Tolvane/MenuViews.h"
 
+#include <QAction>
 #include <QMouseEvent>
 #include <QWidgetAction>
 
@@ -31,6 +32,17 @@ void MenuRow::mouseReleaseEvent(QMouseEvent* event) {
 
 void MenuRow::mouseDoubleClickEvent(QMouseEvent* event) {
     event->accept();
+}
+
+QAction* MenuRow::plainItem(QObject*) const {
+    return nullptr;
+}
+
+// A line of text that a menu shows but that does nothing.
+QAction* textItem(const QString& text, QObject* parent) {
+    auto* item = new QAction(text, parent);
+    item->setEnabled(false);
+    return item;
 }
 
 QWidgetAction* hostedMenuItem(MenuRow* view, QObject* parent) {

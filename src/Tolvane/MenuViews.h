@@ -11,6 +11,7 @@
 
 #include <functional>
 
+class QAction;
 class QWidgetAction;
 
 namespace tolvane {
@@ -22,6 +23,9 @@ class MenuRow : public QWidget {
 public:
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override { return sizeHint(); }
+
+    // What stands for the row in a menu that cannot show widgets: a new item, or none.
+    virtual QAction* plainItem(QObject* parent) const;
 
 protected:
     explicit MenuRow(QWidget* parent = nullptr);
@@ -36,6 +40,9 @@ protected:
     void mouseDoubleClickEvent(QMouseEvent* event) override;
 };
 
+// A disabled item that shows `text`.
+QAction* textItem(const QString& text, QObject* parent);
+
 // Wraps a row in a menu item that shows it in place of a title; the item takes ownership.
 QWidgetAction* hostedMenuItem(MenuRow* view, QObject* parent);
 
@@ -43,6 +50,9 @@ QWidgetAction* hostedMenuItem(MenuRow* view, QObject* parent);
 class HeaderView final : public MenuRow {
 public:
     HeaderView(bool reversed, bool mouseConnected, QWidget* parent = nullptr);
+
+    // One disabled item: the subtitle, " · ", the chip's text.
+    QAction* plainItem(QObject* parent) const override;
 
 protected:
     int contentHeight() const override;
@@ -124,6 +134,8 @@ class CleanKeyboardRow final : public MenuRow {
 public:
     CleanKeyboardRow(bool enabled, std::function<void()> action, QWidget* parent = nullptr);
 
+    QAction* plainItem(QObject* parent) const override;
+
     bool isHovering() const { return hovering; }
 
     // The card that takes clicks and hover; the margin around it takes neither.
@@ -150,6 +162,8 @@ private:
 class SectionCaption final : public MenuRow {
 public:
     explicit SectionCaption(QString text, QWidget* parent = nullptr);
+
+    QAction* plainItem(QObject* parent) const override;
 
 protected:
     int contentHeight() const override;

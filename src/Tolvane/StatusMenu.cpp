@@ -19,4 +19,12 @@ void StatusMenu::keyPressEvent(QKeyEvent* event) {
     QMenu::keyPressEvent(event);
 }
 
+void StatusMenu::changeEvent(QEvent* event) {
+    QMenu::changeEvent(event);
+    if (event->type() == QEvent::ActivationChange && closesOnDeactivation && isVisible() &&
+        !isActiveWindow()) {
+        hide();
+    }
+}
+
 } // namespace tolvane

@@ -11,8 +11,13 @@ class StatusMenu final : public QMenu {
 public:
     explicit StatusMenu(QWidget* parent = nullptr) : QMenu(parent) {}
 
+    // Set when the menu stands as a panel window: it then closes, as a popup does, when
+    // another window takes the focus.
+    bool closesOnDeactivation = false;
+
 protected:
     void keyPressEvent(QKeyEvent* event) override;
+    void changeEvent(QEvent* event) override;
 };
 
 } // namespace tolvane

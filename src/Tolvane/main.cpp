@@ -11,12 +11,23 @@
 #include <QApplication>
 #include <QTimer>
 
+#include <cstdio>
+
 using namespace tolvane;
 
 int main(int argc, char** argv) {
     oslinux::SingleInstanceLock instance;
     if (!instance.acquire()) {
+        // Tolvane runs already: it opens its menu, which is what this start was for.
+        if (!instance.askRunningToOpen()) {
+            std::fputs("Tolvane is already running.\n", stderr);
+        }
         return 0;
+    }
+    // Native Wayland where Qt's Wayland plugin is installed, else X11 through Xwayland.
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM") &&
+        !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY")) {
+        qputenv("QT_QPA_PLATFORM", "wayland;xcb");
     }
     // Starts GIO's tool now, so that its answer is ready when the launch asks for it.
     oslinux::GSettingsScrollSetting scrollSetting;
@@ -38,6 +49,7 @@ int main(int argc, char** argv) {
                                 login,  scrollSetting,     systemLog};
 
     AppDelegate delegate(platform, AppDelegate::defaultSettingsPath());
+    instance.onOpenRequest([&delegate] { delegate.openMenu(); });
     QTimer::singleShot(0, &delegate, &AppDelegate::applicationDidFinishLaunching);
     QApplication::exec();
     return 0;

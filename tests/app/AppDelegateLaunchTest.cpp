@@ -2,12 +2,16 @@
 #include "support/AppHarness.h"
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
+#include <QLabel>
 #include <QMenu>
 #include <QSystemTrayIcon>
+#include <QWidgetAction>
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <optional>
 
 namespace tolvane::testing {
@@ -91,6 +95,52 @@ TEST_F(Launch, ANaturalBaselineTurnsTheInversionAround) {
         recorder().matching("log: Tolvane: === launch"),
         std::vector<std::string>{"log: Tolvane: === launch === trusted=true baselineNatural=true"});
     EXPECT_FALSE(delegate->isInverting());
+}
+
+// With no tray host the menu comes as a window once the wait is over, and again when a later
+// host goes away; a second start opens it too.
+TEST_F(Launch, WithoutATrayHostTheMenuComesAsAWindowAfterTheWait) {
+    trayHost = false;
+    timing.trayWait = std::chrono::milliseconds(400);
+    timing.trayCheck = std::chrono::milliseconds(20);
+    QElapsedTimer sinceLaunch;
+    sinceLaunch.start();
+    launch();
+    settle();
+    EXPECT_TRUE(delegate->menuWindow() == nullptr || sinceLaunch.elapsed() >= 400)
+        << "the wait is not over";
+    settle(400);
+    QMenu* window = delegate->menuWindow();
+    ASSERT_TRUE(window && window->isVisible());
+    EXPECT_EQ(window->windowTitle(), "Tolvane");
+    auto* line = qobject_cast<QWidgetAction*>(window->actions().value(0));
+    ASSERT_TRUE(line && qobject_cast<QLabel*>(line->defaultWidget()));
+    EXPECT_EQ(qobject_cast<QLabel*>(line->defaultWidget())->text(),
+              "This desktop shows no tray icons. Start Tolvane again to open this window; on "
+              "GNOME, turn on the AppIndicator extension to keep Tolvane in the top bar.");
+    const auto item = [](QMenu* menu, const char* text) {
+        const QList<QAction*> actions = menu->actions();
+        const auto found = std::find_if(actions.begin(), actions.end(),
+                                        [text](QAction* a) { return a->text() == text; });
+        return found == actions.end() ? nullptr : *found;
+    };
+    item(window, "Switch to Mouse scrolling")->trigger();
+    settle();
+    window = delegate->menuWindow();
+    ASSERT_TRUE(window && window->isVisible()) << "a choice brings the window back";
+    EXPECT_TRUE(item(window, "Switch to Natural scrolling")) << "showing the choice's result";
+    window->close();
+    settle();
+    EXPECT_FALSE(delegate->menuWindow());
+    delegate->openMenu();
+    ASSERT_TRUE(delegate->menuWindow() && delegate->menuWindow()->isVisible());
+    delegate->menuWindow()->close();
+    trayHost = true;
+    settle(50);
+    EXPECT_FALSE(delegate->menuWindow());
+    trayHost = false;
+    settle(50);
+    EXPECT_TRUE(delegate->menuWindow());
 }
 
 } // namespace

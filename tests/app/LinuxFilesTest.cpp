@@ -1,6 +1,7 @@
 #include "Tolvane/Log.h"
 #include "platform/linux/AutostartLoginRegistration.h"
 #include "platform/linux/SingleInstanceLock.h"
+#include "support/AppHarness.h"
 #include "support/FakePlatform.h"
 
 #include <QDir>
@@ -11,6 +12,7 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -94,25 +96,38 @@ TEST_F(LogFile, AppendsTimestampedLinesAndAnUnusableFileNeverStopsTheSystemLog) 
                                         "log: Tolvane: Mäus ✓", "log: Tolvane: "}));
 }
 
-TEST(SingleInstance, ASecondHolderIsRefusedUntilTheFirstEnds) {
-    QTemporaryDir runtime;
-    const QByteArray saved = qgetenv("XDG_RUNTIME_DIR");
-    qputenv("XDG_RUNTIME_DIR", runtime.path().toUtf8());
-    {
-        oslinux::SingleInstanceLock first;
+// The lock lies only in a folder that no one else can write, and is not reached through a
+// symlink; a second start is refused and its request reaches the holder.
+TEST(SingleInstance, ASecondStartIsRefusedAndItsRequestReachesTheHolder) {
+    QTemporaryDir base;
+    const std::string good = base.path().toStdString() + "/cache/tolvane";
+    const std::string open = base.path().toStdString() + "/open";
+    const std::string link = base.path().toStdString() + "/link";
+    ASSERT_TRUE(QDir().mkpath(QString::fromStdString(open)));
+    ASSERT_EQ(chmod(open.c_str(), 0777), 0);
+    ASSERT_EQ(symlink(base.path().toUtf8().constData(), link.c_str()), 0);
+    for (const std::string& refused : {open, link}) {
+        SCOPED_TRACE(refused);
+        const std::vector<oslinux::SingleInstanceLock::Folder> folders{{refused, false},
+                                                                       {good, true}};
+        oslinux::SingleInstanceLock first(folders);
         ASSERT_TRUE(first.acquire());
+        EXPECT_EQ(first.folder(), good);
+        int requests = 0;
+        first.onOpenRequest([&requests] { ++requests; });
         const pid_t child = fork();
         if (child == 0) {
-            oslinux::SingleInstanceLock second;
-            _exit(second.acquire() ? 1 : 0);
+            oslinux::SingleInstanceLock second(folders);
+            _exit(!second.acquire() && second.askRunningToOpen() ? 0 : 1);
         }
         int status = 0;
         waitpid(child, &status, 0);
         EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << "second start not refused";
+        settle(20);
+        EXPECT_EQ(requests, 1);
     }
-    oslinux::SingleInstanceLock again;
+    oslinux::SingleInstanceLock again({{good, true}});
     EXPECT_TRUE(again.acquire());
-    qputenv("XDG_RUNTIME_DIR", saved);
 }
 
 } // namespace

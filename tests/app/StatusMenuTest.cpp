@@ -1,3 +1,4 @@
+#include "Tolvane/BrandIcon.h"
 #include "Tolvane/MenuViews.h"
 #include "support/AppHarness.h"
 #include "support/ViewPixels.h"
@@ -30,6 +31,7 @@ std::vector<std::string> describe(QMenu* menu) {
                                                              : action->text().toStdString();
         line += !action->isCheckable() ? "" : action->isChecked() ? " [x]" : " [ ]";
         line += action->icon().isNull() ? "" : " +icon";
+        line += action->isEnabled() ? "" : " (off)";
         if (!action->shortcut().isEmpty()) {
             line += " <" + action->shortcut().toString().toStdString() + ">";
             EXPECT_TRUE(action->isShortcutVisibleInContextMenu()) << line;
@@ -93,6 +95,12 @@ TEST_F(StatusMenu, ItemsTextsOrderAndShortcutsFollowTheState) {
                                         "Switch to Natural scrolling +icon <Ctrl+T>",
                                         "Auto-switch when mouse connects [ ]", "---",
                                         "Launch at login [x]", "Quit Tolvane <Ctrl+Q>"}));
+    EXPECT_EQ(describe(delegate->hostDrawnMenu()),
+              (std::vector<std::string>{"Open Tolvane", "Scrolling reversed \u00B7 Mouse (off)",
+                                        "Clean Keyboard", "---", "Scrolling (off)",
+                                        "Switch to Natural scrolling +icon <Ctrl+T>",
+                                        "Auto-switch when mouse connects [ ]", "---",
+                                        "Launch at login [x]", "Quit Tolvane <Ctrl+Q>"}));
     expectSameRow(menu, 0, HeaderView(true, true));
     expectSameRow(menu, 2, CleanKeyboardRow(true, {}));
     expectSameRow(menu, 4, SectionCaption(QStringLiteral("Scrolling")));
@@ -104,6 +112,13 @@ TEST_F(StatusMenu, WithoutInputAccessAWarningOpensHelpAndTheCleanRowIsOff) {
     EXPECT_EQ(describe(menu),
               (std::vector<std::string>{"[header]", "\u26A0\uFE0E Needs input access", "[stats]",
                                         "[clean]", "---", "[caption]",
+                                        "Switch to Mouse scrolling +icon <Ctrl+T>",
+                                        "Auto-switch when mouse connects [x]", "---",
+                                        "Launch at login [ ]", "Quit Tolvane <Ctrl+Q>"}));
+    EXPECT_EQ(describe(delegate->hostDrawnMenu()),
+              (std::vector<std::string>{"Open Tolvane", "Natural scrolling \u00B7 No mouse (off)",
+                                        "\u26A0\uFE0E Needs input access (off)",
+                                        "Clean Keyboard (off)", "---", "Scrolling (off)",
                                         "Switch to Mouse scrolling +icon <Ctrl+T>",
                                         "Auto-switch when mouse connects [x]", "---",
                                         "Launch at login [ ]", "Quit Tolvane <Ctrl+Q>"}));
@@ -123,6 +138,7 @@ TEST_F(StatusMenu, ItemsAndTheirShortcutsActAndTheNextMenuShowsTheResult) {
     EXPECT_EQ(storedText("mode"), "mouse");
     EXPECT_FALSE(delegate->statsForTesting().isSampling()) << "the menu closed as on a click";
     EXPECT_TRUE(itemNamed(delegate->menu(), "Switch to Natural scrolling"));
+    EXPECT_TRUE(itemNamed(delegate->hostDrawnMenu(), "Switch to Natural scrolling"));
 
     itemNamed(delegate->menu(), "Auto-switch when mouse connects")->trigger();
     settle();
@@ -159,8 +175,15 @@ TEST_F(StatusMenu, TheSamplerRunsOnlyWhileTheMenuIsOpen) {
     settle(1600);
     EXPECT_EQ(fakes().host.samples, before + 2);
 
+    itemNamed(delegate->hostDrawnMenu(), "Open Tolvane")->trigger();
+    settle();
+    ASSERT_TRUE(delegate->menuWindow() && delegate->menuWindow()->isVisible());
     menu->hide();
     settle();
+    EXPECT_TRUE(stats.isSampling()) << "the panel window still shows";
+    QTest::keyClick(delegate->menuWindow()->windowHandle(), Qt::Key_Escape);
+    settle();
+    EXPECT_FALSE(delegate->menuWindow());
     EXPECT_FALSE(stats.isSampling());
     settle(1700);
     EXPECT_EQ(fakes().host.samples, before + 2);
@@ -213,7 +236,7 @@ TEST_F(StatusMenu, TheTrayIconHasTwoFormsThatFollowTheMode) {
     const auto cobalt = [](QColor c) {
         return c.alpha() > 200 && closeTo(c, QColor(59, 91, 255), 8);
     };
-    const QColor text = QGuiApplication::palette().color(QPalette::WindowText);
+    const QColor text = BrandIcon::neutralInk();
     const auto panelText = [&](QColor c) { return c.alpha() > 200 && closeTo(c, text, 8); };
     EXPECT_GT(countPixels(mouse, mouse.rect(), cobalt), 40);
     EXPECT_EQ(countPixels(mouse, mouse.rect(), panelText), 0);

@@ -43,6 +43,8 @@ program=$(exec_program "$(desktop_value "$entry" Exec)")
 [[ $(desktop_value "$entry" NoDisplay) != true ]] || fail "hidden from the application list"
 icon=$tree/usr/share/icons/hicolor/scalable/apps/tolvane.svg
 xmllint --noout "$icon" || fail "the icon is not well-formed XML"
+xmllint --noout "$tree/usr/share/icons/hicolor/symbolic/apps/tolvane-symbolic.svg" ||
+    fail "the tray's symbolic icon is missing or not well-formed XML"
 
 step "the polkit action runs the packaged helper"
 policy=$tree/usr/share/polkit-1/actions/org.tolvane.grant-input-access.policy
@@ -67,6 +69,7 @@ step "Depends covers every library the program loads, and pkexec"
 dpkg-deb --field "$deb" Depends | tr ',' '\n' | sed 's/^ *//; s/ .*//' | sort -u >"$work/depends"
 grep -qx pkexec "$work/depends" || fail "pkexec is not a dependency"
 grep -qx qt6-qpa-plugins "$work/depends" || fail "Qt's platform plugins are not a dependency"
+grep -qx qt6-wayland "$work/depends" || fail "Qt's Wayland plugin is not a dependency"
 # The libraries the program names itself, where the loader finds them on this machine; dpkg
 # may know a file by its path before /lib moved into /usr.
 ldd "$tree/usr/bin/tolvane" >"$work/ldd"

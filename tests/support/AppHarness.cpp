@@ -33,6 +33,7 @@ void AppHarness::reset() {
     delegate.reset();
     settle();
     fakePlatform = std::make_unique<FakePlatform>();
+    trayHost = true;
     Log::setSystemLog(&fakePlatform->systemLog);
     const QString folder = qEnvironmentVariable("XDG_CONFIG_HOME") + QStringLiteral("/") +
                            QUuid::createUuid().toString(QUuid::WithoutBraces);
@@ -42,6 +43,7 @@ void AppHarness::reset() {
 
 void AppHarness::launch() {
     delegate = std::make_unique<AppDelegate>(fakePlatform->platform, path, timing);
+    delegate->trayHostAvailable = [this] { return trayHost; };
     delegate->applicationDidFinishLaunching();
 }
 

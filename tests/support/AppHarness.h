@@ -35,6 +35,7 @@ protected:
     std::unique_ptr<FakePlatform> fakePlatform;
     std::unique_ptr<AppDelegate> delegate;
     AppTiming timing{std::chrono::milliseconds(60), std::chrono::milliseconds(20)};
+    bool trayHost = true; // whether the desktop shows tray icons
     QString path;
 };
 

@@ -1,12 +1,28 @@
 #pragma once
 
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+class QSocketNotifier;
+
 namespace tolvane::oslinux {
 
-// One Tolvane per user: a second start must leave at once, since two inverters would cancel
-// each other out.
+// One Tolvane per user: two inverters would cancel each other out. A second start hands the
+// running one a request to open its menu, then leaves.
 class SingleInstanceLock {
 public:
-    SingleInstanceLock() = default;
+    // The folders tried for the lock, in order: the user's runtime folder as logind makes it,
+    // then a folder under the home of the password database. Neither depends on the
+    // environment, so every start of one user meets the same lock.
+    struct Folder {
+        std::string path;
+        bool create; // made, with its parent, when missing
+    };
+    static std::vector<Folder> userFolders();
+
+    explicit SingleInstanceLock(std::vector<Folder> folders = userFolders());
     SingleInstanceLock(const SingleInstanceLock&) = delete;
     SingleInstanceLock& operator=(const SingleInstanceLock&) = delete;
     ~SingleInstanceLock();
@@ -15,8 +31,29 @@ public:
     // A lock that cannot be made at all does not stop the start.
     bool acquire();
 
+    // For a start that did not get the lock: asks the running Tolvane to open its menu, and
+    // says whether the request was delivered.
+    bool askRunningToOpen() const;
+
+    // For the start that holds the lock: `onRequest` runs on Qt's event loop for each request.
+    void onOpenRequest(std::function<void()> onRequest);
+
+    // The folder that holds the lock and the request socket; empty when the user has none.
+    const std::string& folder() const { return chosenFolder; }
+
 private:
-    int descriptor = -1;
+    bool lockIn(const Folder& folder, bool& heldElsewhere);
+    bool listen();
+    int connectToRunning() const;
+    void acceptRequests();
+
+    std::vector<Folder> folders;
+    std::string chosenFolder;
+    int abstractSlot = 0;
+    int lockDescriptor = -1;
+    int listenDescriptor = -1;
+    std::function<void()> requestHandler;
+    std::unique_ptr<QSocketNotifier> notifier;
 };
 
 } // namespace tolvane::oslinux
