@@ -1,0 +1,187 @@
+// What the desktops tier cannot do with X11 tools: it reads the menu a tray item hands to its
+// host over D-Bus, and on GNOME Shell under Wayland it takes screenshots (org.gnome.Shell.
+// Screenshot answers only a few bus names, so it owns org.gnome.Screenshot) and moves the
+// pointer, clicks and types through mutter's remote desktop session. One command a line on
+// its standard input; each ends with a line "ok" or "failed" on its standard output:
+//   items                 first "item LABEL" for each enabled entry of the item's menu, top down
+//   shot FILE             the whole screen as a PNG
+//   move X Y | click BUTTON | key KEYSYM
+#include <QCoreApplication>
+#include <QDBusArgument>
+#include <QDBusConnection>
+#include <QDBusInterface>
+#include <QDBusReply>
+#include <QDBusVariant>
+#include <QSocketNotifier>
+#include <QStringList>
+
+#include <cstdio>
+#include <unistd.h>
+
+namespace {
+
+QDBusConnection bus() {
+    return QDBusConnection::sessionBus();
+}
+
+void answer(const QString& line) {
+    std::printf("%s\n", qPrintable(line));
+    std::fflush(stdout);
+}
+
+QVariant property(const QString& service, const QString& path, const QString& interface,
+                  const QString& name) {
+    QDBusInterface properties(service, path, QStringLiteral("org.freedesktop.DBus.Properties"),
+                              bus());
+    const QDBusReply<QDBusVariant> reply = properties.call(QStringLiteral("Get"), interface, name);
+    return reply.isValid() ? reply.value().variant() : QVariant();
+}
+
+// One node of com.canonical.dbusmenu's layout, (id, properties, children), top down.
+void listItems(const QDBusArgument& node, QStringList& out) {
+    int id = 0;
+    QVariantMap props;
+    node.beginStructure();
+    node >> id >> props;
+    if (id != 0 && props.value(QStringLiteral("enabled"), true).toBool() &&
+        props.value(QStringLiteral("visible"), true).toBool() &&
+        props.value(QStringLiteral("type")).toString() != QStringLiteral("separator")) {
+        out.append(props.value(QStringLiteral("label")).toString().remove(QLatin1Char('_')));
+    }
+    node.beginArray();
+    while (!node.atEnd()) {
+        QDBusVariant child;
+        node >> child;
+        listItems(child.variant().value<QDBusArgument>(), out);
+    }
+    node.endArray();
+    node.endStructure();
+}
+
+// Fails where no tray host watches for items.
+bool items() {
+    const QString watcher = QStringLiteral("org.kde.StatusNotifierWatcher");
+    const QVariant all = property(watcher, QStringLiteral("/StatusNotifierWatcher"), watcher,
+                                  QStringLiteral("RegisteredStatusNotifierItems"));
+    const QStringList registered = all.toStringList();
+    if (registered.isEmpty()) {
+        return all.isValid();
+    }
+    // "SERVICE/PATH", or "SERVICE" for an item at the usual path.
+    const QString item = registered.last();
+    const qsizetype slash = item.indexOf(QLatin1Char('/'));
+    const QString service = slash < 0 ? item : item.left(slash);
+    const QString itemPath = slash < 0 ? QStringLiteral("/StatusNotifierItem") : item.mid(slash);
+    const QString menuPath =
+        property(service, itemPath, QStringLiteral("org.kde.StatusNotifierItem"),
+                 QStringLiteral("Menu"))
+            .value<QDBusObjectPath>()
+            .path();
+    if (menuPath.isEmpty()) {
+        return true;
+    }
+    QDBusInterface menu(service, menuPath, QStringLiteral("com.canonical.dbusmenu"), bus());
+    const QDBusMessage reply = menu.call(QStringLiteral("GetLayout"), 0, -1, QStringList());
+    QStringList labels;
+    if (reply.type() == QDBusMessage::ReplyMessage && reply.arguments().size() == 2) {
+        listItems(reply.arguments().at(1).value<QDBusArgument>(), labels);
+    }
+    for (const QString& label : labels) {
+        answer(QStringLiteral("item ") + label);
+    }
+    return true;
+}
+
+// Mutter's remote desktop session; it ends when this program's connection does.
+class RemoteInput {
+public:
+    bool call(const QString& method, const QVariantList& args) {
+        if (session.isEmpty()) {
+            QDBusInterface desktop(QStringLiteral("org.gnome.Mutter.RemoteDesktop"),
+                                   QStringLiteral("/org/gnome/Mutter/RemoteDesktop"),
+                                   QStringLiteral("org.gnome.Mutter.RemoteDesktop"), bus());
+            const QDBusReply<QDBusObjectPath> created =
+                desktop.call(QStringLiteral("CreateSession"));
+            if (!created.isValid()) {
+                return false;
+            }
+            session = created.value().path();
+            if (!sessionCall(QStringLiteral("Start"), {})) {
+                return false;
+            }
+        }
+        return sessionCall(method, args);
+    }
+
+private:
+    bool sessionCall(const QString& method, const QVariantList& args) {
+        QDBusInterface remote(QStringLiteral("org.gnome.Mutter.RemoteDesktop"), session,
+                              QStringLiteral("org.gnome.Mutter.RemoteDesktop.Session"), bus());
+        const QDBusMessage reply = remote.callWithArgumentList(QDBus::Block, method, args);
+        if (reply.type() == QDBusMessage::ErrorMessage) {
+            std::fprintf(stderr, "%s: %s\n", qPrintable(method), qPrintable(reply.errorMessage()));
+        }
+        return reply.type() == QDBusMessage::ReplyMessage;
+    }
+    QString session;
+};
+
+bool run(RemoteInput& input, const QStringList& words) {
+    const QString& verb = words.value(0);
+    if (verb == QStringLiteral("items")) {
+        return items();
+    }
+    if (verb == QStringLiteral("shot") && words.size() == 2) {
+        QDBusInterface shell(QStringLiteral("org.gnome.Shell.Screenshot"),
+                             QStringLiteral("/org/gnome/Shell/Screenshot"),
+                             QStringLiteral("org.gnome.Shell.Screenshot"), bus());
+        const QDBusMessage reply = shell.call(QStringLiteral("Screenshot"), false, false, words[1]);
+        return reply.type() == QDBusMessage::ReplyMessage && reply.arguments().value(0).toBool();
+    }
+    if (verb == QStringLiteral("move") && words.size() == 3) {
+        // From the top left corner, where any pointer stops, by the distance to the target.
+        return input.call(QStringLiteral("NotifyPointerMotionRelative"), {-10000.0, -10000.0}) &&
+               input.call(QStringLiteral("NotifyPointerMotionRelative"),
+                          {words[1].toDouble(), words[2].toDouble()});
+    }
+    if (verb == QStringLiteral("click") && words.size() == 2) {
+        const int button = words[1] == QStringLiteral("3") ? 0x111 : 0x110; // BTN_RIGHT, BTN_LEFT
+        return input.call(QStringLiteral("NotifyPointerButton"), {button, true}) &&
+               input.call(QStringLiteral("NotifyPointerButton"), {button, false});
+    }
+    if (verb == QStringLiteral("key") && words.size() == 2) {
+        const uint keysym = words[1].toUInt(nullptr, 0);
+        return input.call(QStringLiteral("NotifyKeyboardKeysym"), {keysym, true}) &&
+               input.call(QStringLiteral("NotifyKeyboardKeysym"), {keysym, false});
+    }
+    return false;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    QCoreApplication app(argc, argv);
+    if (app.arguments().contains(QStringLiteral("--screenshot-name")) &&
+        !bus().registerService(QStringLiteral("org.gnome.Screenshot"))) {
+        std::fprintf(stderr, "probe: cannot own org.gnome.Screenshot\n");
+        return 1;
+    }
+    RemoteInput input;
+    QSocketNotifier notifier(STDIN_FILENO, QSocketNotifier::Read);
+    QByteArray pending;
+    QObject::connect(&notifier, &QSocketNotifier::activated, &app, [&] {
+        char chunk[512];
+        const ssize_t got = ::read(STDIN_FILENO, chunk, sizeof chunk);
+        if (got <= 0) {
+            QCoreApplication::quit();
+            return;
+        }
+        pending.append(chunk, got);
+        for (qsizetype end; (end = pending.indexOf('\n')) >= 0; pending.remove(0, end + 1)) {
+            const QStringList words = QString::fromUtf8(pending.left(end)).split(QLatin1Char(' '));
+            answer(run(input, words) ? QStringLiteral("ok") : QStringLiteral("failed"));
+        }
+    });
+    answer(QStringLiteral("ready"));
+    return QCoreApplication::exec();
+}
