@@ -1,8 +1,10 @@
 #!/bin/bash
 # What the .deb holds, read with dpkg-deb and checked without installing it: where its files
 # go and with which modes, that the files which name other files name ones in the package,
-# that the desktop entry, polkit action, icon and manual page are well formed, that Depends
-# covers every library the binary loads, and that its one maintainer script is postrm.
+# that the desktop entry, polkit action, icon, manual page and AppStream metadata are well
+# formed, the licence and Suggests, that the program's command line answers without starting
+# it, that Depends covers every library the binary loads, and that its one maintainer script
+# is postrm.
 #
 #   check-archive.sh BUILD_DIR WORK_DIR
 set -euo pipefail
@@ -84,6 +86,27 @@ while read -r soname; do
     grep -qx "$owner" "$work/depends" || fail "$soname comes from $owner, not in Depends"
 done <"$work/libraries"
 echo "$(wc -l <"$work/libraries") libraries, from $(wc -l <"$work/depends") dependencies"
+
+step "GPL-3+, the tray extension suggested, AppStream metadata that launches the entry"
+grep -qx 'License: GPL-3+' "$tree/usr/share/doc/tolvane/copyright" || fail "the licence is not GPL-3+"
+dpkg-deb --field "$deb" Suggests | grep -qw gnome-shell-extension-appindicator ||
+    fail "gnome-shell-extension-appindicator is not suggested"
+appstreamcli validate-tree --no-net "$tree" || fail "appstreamcli found errors or warnings"
+[[ $(xmllint --xpath 'string(//launchable)' "$tree"/usr/share/metainfo/*.metainfo.xml) == \
+    tolvane.desktop ]] || fail "the AppStream metadata does not launch tolvane.desktop"
+
+step "--help and --version answer, and anything else fails, without touching a file"
+mkdir -p "$work/cli"
+for row in "0 --help" "0 --version" "2 --bogus" "2 stray" "2 --help --bogus"; do
+    read -r want arguments <<<"$row"
+    status=0
+    # shellcheck disable=SC2086
+    env -i HOME="$work/cli" XDG_RUNTIME_DIR="$work/cli" "$tree/usr/bin/tolvane" $arguments \
+        >"$work/cli.out" 2>"$work/cli.err" || status=$?
+    [[ $status == "$want" ]] || fail "tolvane $arguments: exit status $status, not $want"
+    [[ -s $work/cli.$([[ $want == 0 ]] && echo out || echo err) ]] || fail "tolvane $arguments said nothing"
+done
+[[ -z $(ls -A "$work/cli") ]] || fail "the answers wrote $(ls -A "$work/cli")"
 
 step "the only maintainer script is postrm, and it is valid sh"
 dpkg-deb --control "$deb" "$work/control"
