@@ -1,6 +1,8 @@
+#include "Tolvane/AppDelegate.h"
 #include "Tolvane/Log.h"
 #include "platform/linux/AutostartLoginRegistration.h"
 #include "platform/linux/SingleInstanceLock.h"
+#include "platform/linux/UserFolders.h"
 #include "support/FakePlatform.h"
 
 #include <QDir>
@@ -11,6 +13,7 @@
 
 #include <gtest/gtest.h>
 
+#include <pwd.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -59,6 +62,22 @@ TEST_F(ConfigHome, AFolderThatCannotBeMadeIsAFailureWithADescription) {
     EXPECT_FALSE(login.setEnabled(true, failure));
     EXPECT_FALSE(failure.empty());
     EXPECT_FALSE(login.isEnabled());
+}
+
+// Catches a path of its own making: today's Qt takes "/" for a missing HOME.
+TEST_F(ConfigHome, WithoutHomeTheAccountsHomeHoldsSettingsLogAndAutostart) {
+    const QByteArray home = qgetenv("HOME"), state = qgetenv("XDG_STATE_HOME");
+    for (const char* name : {"HOME", "XDG_CONFIG_HOME", "XDG_STATE_HOME"}) {
+        qunsetenv(name);
+    }
+    const std::string account = ::getpwuid(::getuid())->pw_dir;
+    EXPECT_EQ(AppDelegate::defaultSettingsPath().toStdString(),
+              account + "/.config/Tolvane/Tolvane.conf");
+    EXPECT_EQ(oslinux::AutostartLoginRegistration::entryPath(),
+              account + "/.config/autostart/tolvane.desktop");
+    EXPECT_EQ(oslinux::stateHome(), account + "/.local/state");
+    qputenv("HOME", home);
+    qputenv("XDG_STATE_HOME", state);
 }
 
 class LogFile : public ::testing::Test {
