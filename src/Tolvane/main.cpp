@@ -1,8 +1,8 @@
 #include "Tolvane/AppDelegate.h"
 #include "Tolvane/Log.h"
 #include "platform/linux/AutostartLoginRegistration.h"
+#include "platform/linux/DesktopScrollSetting.h"
 #include "platform/linux/DeviceNodeAccess.h"
-#include "platform/linux/GSettingsScrollSetting.h"
 #include "platform/linux/LinuxInput.h"
 #include "platform/linux/ProcHostStatistics.h"
 #include "platform/linux/SingleInstanceLock.h"
@@ -18,8 +18,8 @@ int main(int argc, char** argv) {
     if (!instance.acquire()) {
         return 0;
     }
-    // Starts GIO's tool now, so that its answer is ready when the launch asks for it.
-    oslinux::GSettingsScrollSetting scrollSetting;
+    // On GNOME this starts GIO's tool now, so that its answer is ready when the launch asks.
+    oslinux::DesktopScrollSetting scrollSetting;
 
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Tolvane"));

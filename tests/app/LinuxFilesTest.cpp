@@ -1,6 +1,7 @@
 #include "Tolvane/AppDelegate.h"
 #include "Tolvane/Log.h"
 #include "platform/linux/AutostartLoginRegistration.h"
+#include "platform/linux/DesktopScrollSetting.h"
 #include "platform/linux/SingleInstanceLock.h"
 #include "platform/linux/UserFolders.h"
 #include "support/FakePlatform.h"
@@ -78,6 +79,26 @@ TEST_F(ConfigHome, WithoutHomeTheAccountsHomeHoldsSettingsLogAndAutostart) {
     EXPECT_EQ(oslinux::stateHome(), account + "/.local/state");
     qputenv("HOME", home);
     qputenv("XDG_STATE_HOME", state);
+}
+
+// Catches a desktop's file looked for in the wrong place.
+TEST_F(ConfigHome, KdeAndXfceSettingsAreReadFromTheirOwnFiles) {
+    const auto write = [this](const QString& name, const char* text) {
+        QDir().mkpath(QFileInfo(folder.filePath(name)).path());
+        QFile file(folder.filePath(name));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(text);
+    };
+    write("kcminputrc", "[Mouse]\nXLbInptNaturalScroll=true\n");
+    write("xfce4/xfconf/xfce-perchannel-xml/pointers.xml",
+          "<channel name=\"pointers\"><property name=\"M\" type=\"empty\"><property "
+          "name=\"ReverseScrolling\" type=\"bool\" value=\"true\"/></property></channel>");
+    const QByteArray desktop = qgetenv("XDG_CURRENT_DESKTOP");
+    for (const char* name : {"KDE", "XFCE"}) {
+        qputenv("XDG_CURRENT_DESKTOP", name);
+        EXPECT_EQ(oslinux::DesktopScrollSetting().naturalScroll(), true) << name;
+    }
+    qputenv("XDG_CURRENT_DESKTOP", desktop);
 }
 
 class LogFile : public ::testing::Test {
