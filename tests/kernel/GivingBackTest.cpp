@@ -5,6 +5,7 @@
 #include <chrono>
 #include <csignal>
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <sys/wait.h>
@@ -108,6 +109,42 @@ TEST(StopSafety, AStoppedProgramGivesTheKeyboardBackAndTakesItAgainWhenContinued
         ::waitpid(holder, nullptr, 0);
         ASSERT_TRUE(becomes(desktop, true)); // the watchdog process ends with the program
     }
+}
+
+// How many of this process's descriptors are open on `path`.
+int descriptorsOn(const std::string& path) {
+    int count = 0;
+    for (const auto& fd : std::filesystem::directory_iterator("/proc/self/fd")) {
+        std::error_code error;
+        count += std::filesystem::read_symlink(fd.path(), error) == path;
+    }
+    return count;
+}
+
+class SessionSwitch : public GuestFixture {};
+
+// Catches a user switched away from whose Tolvane goes on holding and reading the devices.
+TEST_F(SessionSwitch, AnInactiveSessionHoldsAndKeepsOpenNoDeviceAndAnActiveOneTakesThemAgain) {
+    auto keyboard = VirtualDevice::plug(usbKeyboard());
+    auto mouse = VirtualDevice::plug(usbMouse());
+    start();
+    ASSERT_TRUE(layer->scrollTap().create([](void*, InputEvent*, std::size_t) {}, nullptr));
+    ASSERT_TRUE(layer->keyboard().grab());
+    NodeReader keys(keyboard->path()), wheel(mouse->path());
+    EXPECT_FALSE(keys.tryGrab() || wheel.tryGrab());
+
+    layer->router().setSessionActive(false);
+    EXPECT_TRUE(keys.tryGrab() && wheel.tryGrab());
+    const auto start = Clock::now();
+    while (descriptorsOn(keyboard->path()) + descriptorsOn(mouse->path()) > 2 &&
+           msSince(start) < 2000) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(5)); // closed in the background
+    }
+    EXPECT_EQ(descriptorsOn(keyboard->path()) + descriptorsOn(mouse->path()), 2)
+        << "descriptors kept open besides the test's own readers";
+
+    layer->router().setSessionActive(true);
+    EXPECT_FALSE(keys.tryGrab() || wheel.tryGrab());
 }
 
 } // namespace

@@ -163,6 +163,19 @@ bool InputRouter::takesKeys(const Known& entry) {
     return entry.capabilities && keyHoldFor(*entry.capabilities) != KeyHold::none;
 }
 
+void InputRouter::setSessionActive(bool active) {
+    if (active == sessionActive) {
+        return;
+    }
+    sessionActive = active;
+    for (auto& [node, entry] : known) {
+        if (active && !entry.capabilities) {
+            learn(node, entry); // a node that appeared while the access was another user's
+        }
+        applyRoles(node, entry);
+    }
+}
+
 void InputRouter::setPointerCallbacks(platform::PointerDevices::Callbacks callbacks) {
     pointerCallbacks = std::move(callbacks);
 }
