@@ -2,11 +2,12 @@
 
 #include "Tolvane/BrandIcon.h"
 #include "Tolvane/Log.h"
+#include "Tolvane/SettingsFile.h"
 #include "Tolvane/SystemBits.h"
 #include "TolvaneCore/LogLine.h"
 #include "TolvaneCore/StoredSettings.h"
+#include "platform/linux/UserFolders.h"
 
-#include <QDir>
 #include <QMenu>
 
 namespace tolvane {
@@ -37,7 +38,7 @@ StoredValue storedValue(const QVariant& value) {
 
 AppDelegate::AppDelegate(platform::Platform& platform, const QString& settingsPath,
                          AppTiming timing)
-    : platform(platform), timing(timing), settings(settingsPath, QSettings::IniFormat),
+    : platform(platform), timing(timing), settings(settingsPath, plainSettingsFormat()),
       inverter(platform.scrollTap), monitor(platform.pointers), stats(platform.host),
       keyboardLock(platform.keyboard),
       baselineNatural(ScrollBaseline::naturalOn(platform.scrollSetting)) {}
@@ -49,11 +50,7 @@ AppDelegate::~AppDelegate() {
 }
 
 QString AppDelegate::defaultSettingsPath() {
-    QString configHome = qEnvironmentVariable("XDG_CONFIG_HOME");
-    if (!QDir::isAbsolutePath(configHome)) {
-        configHome = QDir::homePath() + QStringLiteral("/.config");
-    }
-    return configHome + QStringLiteral("/Tolvane/Tolvane.conf");
+    return QString::fromStdString(oslinux::configHome()) + QStringLiteral("/Tolvane/Tolvane.conf");
 }
 
 void AppDelegate::applicationDidFinishLaunching() {
@@ -98,12 +95,19 @@ void AppDelegate::loadState() {
     const bool autoEnabled = loadAutoEnabled(storedValue(settings.value(autoKey)));
     const ScrollMode mode = loadMode(storedValue(settings.value(modeKey)));
     state = AppState{autoEnabled, false, mode};
+    if (settings.status() != QSettings::NoError) {
+        Log::line("settings not read: " + settings.fileName().toStdString());
+    }
 }
 
 void AppDelegate::saveState() {
     settings.setValue(autoKey, state.autoEnabled);
     settings.setValue(modeKey, QString::fromLatin1(storedModeText(state.mode).data(),
                                                    qsizetype(storedModeText(state.mode).size())));
+    settings.sync();
+    if (settings.status() != QSettings::NoError) {
+        Log::line("settings not saved: " + settings.fileName().toStdString());
+    }
 }
 
 void AppDelegate::applyInversion() {

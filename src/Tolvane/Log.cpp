@@ -2,10 +2,11 @@
 
 #include "TolvaneCore/LogLine.h"
 #include "platform/SystemLog.h"
+#include "platform/linux/UserFolders.h"
 
 #include <QDir>
 #include <QFile>
-#include <QStandardPaths>
+#include <QFileInfo>
 
 #include <chrono>
 
@@ -15,21 +16,13 @@ namespace {
 
 platform::SystemLog* systemLogSink = nullptr;
 
-QString stateHome() {
-    const QString fromEnvironment = qEnvironmentVariable("XDG_STATE_HOME");
-    if (QDir::isAbsolutePath(fromEnvironment)) {
-        return fromEnvironment;
-    }
-    return QDir::homePath() + QStringLiteral("/.local/state");
-}
-
 // Made once: the folder is created on the first use only, and if that fails the file
 // writes fail quietly from then on.
 const QString& logFile() {
     static const QString path = [] {
-        const QString folder = stateHome() + QStringLiteral("/Tolvane");
-        QDir().mkpath(folder);
-        return folder + QStringLiteral("/Tolvane.log");
+        const QString file = QString::fromStdString(oslinux::logFile());
+        QDir().mkpath(QFileInfo(file).path());
+        return file;
     }();
     return path;
 }

@@ -2,8 +2,8 @@
 #include "Tolvane/CommandLine.h"
 #include "Tolvane/Log.h"
 #include "platform/linux/AutostartLoginRegistration.h"
+#include "platform/linux/DesktopScrollSetting.h"
 #include "platform/linux/DeviceNodeAccess.h"
-#include "platform/linux/GSettingsScrollSetting.h"
 #include "platform/linux/LinuxInput.h"
 #include "platform/linux/ProcHostStatistics.h"
 #include "platform/linux/SingleInstanceLock.h"
@@ -33,8 +33,8 @@ int main(int argc, char** argv) {
         !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY")) {
         qputenv("QT_QPA_PLATFORM", "wayland;xcb");
     }
-    // Starts GIO's tool now, so that its answer is ready when the launch asks for it.
-    oslinux::GSettingsScrollSetting scrollSetting;
+    // On GNOME this starts GIO's tool now, so that its answer is ready when the launch asks.
+    oslinux::DesktopScrollSetting scrollSetting;
 
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Tolvane"));

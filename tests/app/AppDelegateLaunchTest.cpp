@@ -75,15 +75,22 @@ TEST_F(Launch, StoredSettingsAndMiceAtStartGiveTheState) {
          {std::string("\x00\xff\xfe[General\n=\n\x01", 12), std::string(),
           std::string("autoEnabled=yes\nmode=Mouse\n"),
           std::string("[General]\nautoEnabled=1\nmode=99999999999999999999999\n"),
-          std::string(
-              "[General]\nautoEnabled=@Variant(\\0\\0\\0\\x2\\0\\0\\0\\x1)\nmode=a, b\n")}) {
+          std::string("[General]\nautoEnabled=@Variant(\\0\\0\\0\\x2\\0\\0\\0\\x1)\nmode=a, b\n"),
+          // A list that claims four thousand million entries must not be made.
+          std::string("[General]\nmode=@Variant(\\0\\0\\0\\t\\xff\\xff\\xff\\xf0)\n")}) {
         check(junk, false, "auto=true mode=trackpad", {true, false, T});
     }
 }
 
-TEST_F(Launch, AnUnreadableSettingsFileGivesTheDefaults) {
-    QDir().mkpath(path); // a folder where the file should be: no user can read it
+// Catches a choice lost without a word: the defaults still come, and the log says why.
+TEST_F(Launch, AnUnreadableSettingsFileGivesTheDefaultsAndSaysSoAsDoesEachLostSave) {
+    QDir().mkpath(path); // a folder where the file should be: no user can read or write it
     launch();
+    settle();
+    const std::string file = path.toStdString();
+    EXPECT_EQ(recorder().matching("log: Tolvane: settings"),
+              (std::vector<std::string>{"log: Tolvane: settings not read: " + file,
+                                        "log: Tolvane: settings not saved: " + file}));
     EXPECT_EQ(recorder().matching("log: Tolvane: loaded"),
               std::vector<std::string>{"log: Tolvane: loaded state: auto=true mode=trackpad"});
 }

@@ -1,7 +1,10 @@
+#include "Tolvane/AppDelegate.h"
 #include "Tolvane/Log.h"
 #include "platform/linux/AutostartLoginRegistration.h"
+#include "platform/linux/DesktopScrollSetting.h"
 #include "platform/linux/SingleInstanceLock.h"
 #include "support/AppHarness.h"
+#include "platform/linux/UserFolders.h"
 #include "support/FakePlatform.h"
 
 #include <QDir>
@@ -13,6 +16,7 @@
 #include <gtest/gtest.h>
 
 #include <sys/stat.h>
+#include <pwd.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -61,6 +65,42 @@ TEST_F(ConfigHome, AFolderThatCannotBeMadeIsAFailureWithADescription) {
     EXPECT_FALSE(login.setEnabled(true, failure));
     EXPECT_FALSE(failure.empty());
     EXPECT_FALSE(login.isEnabled());
+}
+
+// Catches a path of its own making: today's Qt takes "/" for a missing HOME.
+TEST_F(ConfigHome, WithoutHomeTheAccountsHomeHoldsSettingsLogAndAutostart) {
+    const QByteArray home = qgetenv("HOME"), state = qgetenv("XDG_STATE_HOME");
+    for (const char* name : {"HOME", "XDG_CONFIG_HOME", "XDG_STATE_HOME"}) {
+        qunsetenv(name);
+    }
+    const std::string account = ::getpwuid(::getuid())->pw_dir;
+    EXPECT_EQ(AppDelegate::defaultSettingsPath().toStdString(),
+              account + "/.config/Tolvane/Tolvane.conf");
+    EXPECT_EQ(oslinux::AutostartLoginRegistration::entryPath(),
+              account + "/.config/autostart/tolvane.desktop");
+    EXPECT_EQ(oslinux::stateHome(), account + "/.local/state");
+    qputenv("HOME", home);
+    qputenv("XDG_STATE_HOME", state);
+}
+
+// Catches a desktop's file looked for in the wrong place.
+TEST_F(ConfigHome, KdeAndXfceSettingsAreReadFromTheirOwnFiles) {
+    const auto write = [this](const QString& name, const char* text) {
+        QDir().mkpath(QFileInfo(folder.filePath(name)).path());
+        QFile file(folder.filePath(name));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(text);
+    };
+    write("kcminputrc", "[Mouse]\nXLbInptNaturalScroll=true\n");
+    write("xfce4/xfconf/xfce-perchannel-xml/pointers.xml",
+          "<channel name=\"pointers\"><property name=\"M\" type=\"empty\"><property "
+          "name=\"ReverseScrolling\" type=\"bool\" value=\"true\"/></property></channel>");
+    const QByteArray desktop = qgetenv("XDG_CURRENT_DESKTOP");
+    for (const char* name : {"KDE", "XFCE"}) {
+        qputenv("XDG_CURRENT_DESKTOP", name);
+        EXPECT_EQ(oslinux::DesktopScrollSetting().naturalScroll(), true) << name;
+    }
+    qputenv("XDG_CURRENT_DESKTOP", desktop);
 }
 
 class LogFile : public ::testing::Test {

@@ -5,6 +5,7 @@
 #include "platform/linux/AutostartLoginRegistration.h"
 
 #include "TolvaneCore/AutostartEntry.h"
+#include "platform/linux/UserFolders.h"
 
 #include <QDir>
 #include <QFile>
@@ -15,14 +16,6 @@ namespace tolvane::oslinux {
 
 namespace {
 
-QString configHome() {
-    const QString fromEnvironment = qEnvironmentVariable("XDG_CONFIG_HOME");
-    if (QDir::isAbsolutePath(fromEnvironment)) {
-        return fromEnvironment;
-    }
-    return QDir::homePath() + QStringLiteral("/.config");
-}
-
 constexpr qint64 largestEntry = 64 * 1024;
 
 } // namespace
@@ -31,7 +24,7 @@ AutostartLoginRegistration::AutostartLoginRegistration(std::string executablePat
     : executablePath(std::move(executablePath)) {}
 
 std::string AutostartLoginRegistration::entryPath() {
-    return (configHome() + QStringLiteral("/autostart/tolvane.desktop")).toStdString();
+    return configHome() + "/autostart/tolvane.desktop";
 }
 
 bool AutostartLoginRegistration::isEnabled() {

@@ -3,16 +3,22 @@
 // unwatches their descriptors.
 #include "platform/linux/LinuxInput.h"
 
+#include "platform/linux/LogindSession.h"
 #include "platform/linux/QtEventLoop.h"
+#include "platform/linux/UserFolders.h"
 #include "platform/linux/input/InputLayer.h"
 
 namespace tolvane::oslinux {
 
 LinuxInput::LinuxInput(std::string deviceRoot)
     : loop(std::make_unique<QtEventLoop>()),
-      layer(std::make_unique<InputLayer>(*loop, std::move(deviceRoot))) {}
+      layer(std::make_unique<InputLayer>(*loop, std::move(deviceRoot), std::chrono::seconds(10),
+                                         logFile())),
+      session(std::make_unique<LogindSession>(
+          [this](bool active) { layer->router().setSessionActive(active); })) {}
 
 LinuxInput::~LinuxInput() {
+    session.reset();
     layer.reset();
     loop.reset();
 }

@@ -11,6 +11,7 @@ namespace tolvane::oslinux {
 
 class QtEventLoop;
 class InputLayer;
+class LogindSession;
 
 // The input devices of this machine on Qt's event loop: the wheel tap, the pointer devices
 // and the keyboard grab, sharing one discovery of the event nodes under deviceRoot/input.
@@ -29,6 +30,7 @@ public:
 private:
     std::unique_ptr<QtEventLoop> loop;
     std::unique_ptr<InputLayer> layer;
+    std::unique_ptr<LogindSession> session;
 };
 
 } // namespace tolvane::oslinux

@@ -26,8 +26,8 @@ void RoutedKeyboardGrab::release() {
 }
 
 InputLayer::InputLayer(EventLoop& loop, std::string deviceRoot,
-                       std::chrono::milliseconds watchdogTimeout)
-    : watchdog(watchdogTimeout), routerImpl(loop, deviceRoot, watchdog) {
+                       std::chrono::milliseconds watchdogTimeout, std::string logFile)
+    : watchdog(watchdogTimeout, std::move(logFile)), routerImpl(loop, deviceRoot, watchdog) {
     NodeCallbacks callbacks{[this](const std::string& node) { routerImpl.nodeAppeared(node); },
                             [this](const std::string& node) { routerImpl.nodeVanished(node); }};
     if (deviceRoot == "/dev") {

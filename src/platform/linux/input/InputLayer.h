@@ -47,8 +47,10 @@ private:
 // watchdog, and the three faces the application sees.
 class InputLayer {
 public:
+    // The watchdog writes the stalls it ends to `logFile` too.
     explicit InputLayer(EventLoop& loop, std::string deviceRoot = "/dev",
-                        std::chrono::milliseconds watchdogTimeout = std::chrono::seconds(10));
+                        std::chrono::milliseconds watchdogTimeout = std::chrono::seconds(10),
+                        std::string logFile = {});
 
     platform::ScrollTap& scrollTap() { return tap; }
     platform::PointerDevices& pointers() { return pointerDevices; }

@@ -13,9 +13,19 @@
 namespace tolvane::oslinux {
 
 InputRouter::InputRouter(EventLoop& loop, std::string deviceRoot, GrabWatchdog& watchdog)
-    : loop(loop), root(std::move(deviceRoot)), watchdog(watchdog) {}
+    : loop(loop), root(std::move(deviceRoot)), watchdog(watchdog) {
+    // After a stop or a stall, take the devices back as soon as the loop turns again, not only
+    // with the next input, which would reach the desktop and Tolvane both.
+    if (watchdog.noticeFd() >= 0) {
+        loop.watchReadable(watchdog.noticeFd(),
+                           [this] { recoverFromStall(this->watchdog.takeReleased()); });
+    }
+}
 
 InputRouter::~InputRouter() {
+    if (watchdog.noticeFd() >= 0) {
+        loop.unwatch(watchdog.noticeFd());
+    }
     for (auto& [node, entry] : known) {
         if (entry.routed) {
             letGo(*entry.routed);
@@ -151,6 +161,19 @@ bool InputRouter::takesWheel(const Known& entry) {
 
 bool InputRouter::takesKeys(const Known& entry) {
     return entry.capabilities && keyHoldFor(*entry.capabilities) != KeyHold::none;
+}
+
+void InputRouter::setSessionActive(bool active) {
+    if (active == sessionActive) {
+        return;
+    }
+    sessionActive = active;
+    for (auto& [node, entry] : known) {
+        if (active && !entry.capabilities) {
+            learn(node, entry); // a node that appeared while the access was another user's
+        }
+        applyRoles(node, entry);
+    }
 }
 
 void InputRouter::setPointerCallbacks(platform::PointerDevices::Callbacks callbacks) {

@@ -40,6 +40,11 @@ public:
     void releaseKeyboards();
     bool keyboardsHeld() const { return holding; }
 
+    // While the login session is not the active one (another user's is, after a switch of
+    // users), every device is let go of and closed; the roles stay and take their devices
+    // again once the session is active.
+    void setSessionActive(bool active);
+
     void setPointerCallbacks(platform::PointerDevices::Callbacks callbacks);
     std::vector<platform::PointerDevice> pointerDevices() const;
 
@@ -79,6 +84,7 @@ private:
     platform::WheelEventFilter filter = nullptr;
     void* filterContext = nullptr;
     bool holding = false;
+    bool sessionActive = true;
 };
 
 } // namespace tolvane::oslinux

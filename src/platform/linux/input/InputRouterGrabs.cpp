@@ -12,8 +12,9 @@ InputRouter::Outcome InputRouter::applyRoles(const std::string& node, Known& ent
     if (!entry.capabilities) {
         return Outcome::done;
     }
-    const bool wheelRole = tapping && hasWheel(*entry.capabilities);
-    const bool keyRole = holding && keyHoldFor(*entry.capabilities) != KeyHold::none;
+    const bool wheelRole = sessionActive && tapping && hasWheel(*entry.capabilities);
+    const bool keyRole =
+        sessionActive && holding && keyHoldFor(*entry.capabilities) != KeyHold::none;
     if (!entry.routed) {
         if (!wheelRole && !keyRole) {
             return Outcome::done;
