@@ -169,12 +169,12 @@ bool SingleInstanceLock::listen() {
     return true;
 }
 
-// The holder binds right after it takes the lock; a start that comes in between retries for
-// up to two seconds.
+// The holder listens right after it takes the lock or binds the name; a start that comes in
+// between retries for up to five seconds, which a loaded machine may need.
 int SingleInstanceLock::connectToRunning() const {
     sockaddr_un address{};
     const socklen_t length = requestAddress(chosenFolder, abstractSlot, address);
-    for (int attempt = 0; attempt < 40; ++attempt) {
+    for (int attempt = 0; attempt < 100; ++attempt) {
         const int descriptor = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
         if (descriptor < 0) {
             return -1;
