@@ -3,7 +3,8 @@
 // Screenshot answers only a few bus names, so it owns org.gnome.Screenshot) and moves the
 // pointer, clicks and types through mutter's remote desktop session. One command a line on
 // its standard input; each ends with a line "ok" or "failed" on its standard output:
-//   items                 first "item LABEL" for each enabled entry of the item's menu, top down
+//   items [LABEL]         first "item LABEL" for each enabled entry of the item's menu, top
+//                         down; with LABEL, that entry is clicked as the tray host would
 //   shot FILE             the whole screen as a PNG
 //   move X Y | click BUTTON | key KEYSYM
 #include <QCoreApplication>
@@ -37,8 +38,9 @@ QVariant property(const QString& service, const QString& path, const QString& in
     return reply.isValid() ? reply.value().variant() : QVariant();
 }
 
-// One node of com.canonical.dbusmenu's layout, (id, properties, children), top down.
-void listItems(const QDBusArgument& node, QStringList& out) {
+// One node of com.canonical.dbusmenu's layout, (id, properties, children), top down: the ids
+// of the enabled entries by label.
+void listItems(const QDBusArgument& node, QList<std::pair<int, QString>>& out) {
     int id = 0;
     QVariantMap props;
     node.beginStructure();
@@ -46,7 +48,7 @@ void listItems(const QDBusArgument& node, QStringList& out) {
     if (id != 0 && props.value(QStringLiteral("enabled"), true).toBool() &&
         props.value(QStringLiteral("visible"), true).toBool() &&
         props.value(QStringLiteral("type")).toString() != QStringLiteral("separator")) {
-        out.append(props.value(QStringLiteral("label")).toString().remove(QLatin1Char('_')));
+        out.append({id, props.value(QStringLiteral("label")).toString().remove(QLatin1Char('_'))});
     }
     node.beginArray();
     while (!node.atEnd()) {
@@ -58,38 +60,43 @@ void listItems(const QDBusArgument& node, QStringList& out) {
     node.endStructure();
 }
 
-// Fails where no tray host watches for items.
-bool items() {
+// Lists the last item's menu; with a label, clicks that entry as its host does. Fails where
+// no tray host watches for items, or the label is not there.
+bool items(const QString& choice) {
     const QString watcher = QStringLiteral("org.kde.StatusNotifierWatcher");
     const QVariant all = property(watcher, QStringLiteral("/StatusNotifierWatcher"), watcher,
                                   QStringLiteral("RegisteredStatusNotifierItems"));
     const QStringList registered = all.toStringList();
     if (registered.isEmpty()) {
-        return all.isValid();
+        return all.isValid() && choice.isEmpty();
     }
-    // "SERVICE/PATH", or "SERVICE" for an item at the usual path.
+    // "SERVICE/PATH" (GNOME's extension: "SERVICE@/PATH"), or "SERVICE" at the usual path.
     const QString item = registered.last();
     const qsizetype slash = item.indexOf(QLatin1Char('/'));
-    const QString service = slash < 0 ? item : item.left(slash);
+    const QString service = slash < 0 ? item : item.left(slash).remove(QLatin1Char('@'));
     const QString itemPath = slash < 0 ? QStringLiteral("/StatusNotifierItem") : item.mid(slash);
     const QString menuPath =
         property(service, itemPath, QStringLiteral("org.kde.StatusNotifierItem"),
                  QStringLiteral("Menu"))
             .value<QDBusObjectPath>()
             .path();
-    if (menuPath.isEmpty()) {
-        return true;
+    QList<std::pair<int, QString>> entries;
+    if (!menuPath.isEmpty()) {
+        QDBusInterface menu(service, menuPath, QStringLiteral("com.canonical.dbusmenu"), bus());
+        const QDBusMessage reply = menu.call(QStringLiteral("GetLayout"), 0, -1, QStringList());
+        if (reply.type() == QDBusMessage::ReplyMessage && reply.arguments().size() == 2) {
+            listItems(reply.arguments().at(1).value<QDBusArgument>(), entries);
+        }
+        for (const auto& [id, label] : entries) {
+            answer(QStringLiteral("item ") + label);
+            if (label == choice) {
+                menu.call(QStringLiteral("Event"), id, QStringLiteral("clicked"),
+                          QVariant::fromValue(QDBusVariant(0)), 0u);
+                return true;
+            }
+        }
     }
-    QDBusInterface menu(service, menuPath, QStringLiteral("com.canonical.dbusmenu"), bus());
-    const QDBusMessage reply = menu.call(QStringLiteral("GetLayout"), 0, -1, QStringList());
-    QStringList labels;
-    if (reply.type() == QDBusMessage::ReplyMessage && reply.arguments().size() == 2) {
-        listItems(reply.arguments().at(1).value<QDBusArgument>(), labels);
-    }
-    for (const QString& label : labels) {
-        answer(QStringLiteral("item ") + label);
-    }
-    return true;
+    return choice.isEmpty();
 }
 
 // Mutter's remote desktop session; it ends when this program's connection does.
@@ -129,7 +136,7 @@ private:
 bool run(RemoteInput& input, const QStringList& words) {
     const QString& verb = words.value(0);
     if (verb == QStringLiteral("items")) {
-        return items();
+        return items(words.mid(1).join(QLatin1Char(' ')));
     }
     if (verb == QStringLiteral("shot") && words.size() == 2) {
         QDBusInterface shell(QStringLiteral("org.gnome.Shell.Screenshot"),

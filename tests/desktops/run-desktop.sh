@@ -219,15 +219,11 @@ check_rich_rows() {
     done
 }
 
-# choose_host_item LABEL: Down to the enabled item LABEL of the open host-drawn menu, Return.
+# choose_host_item LABEL: the open host-drawn menu closed, its entry LABEL chosen through
+# the click event its host sends.
 choose_host_item() {
-    local index
-    ask items || fail "no menu on the tray item"
-    index=$(tail -n 40 "$work/probe.log" | awk '/^item /{n++; sub(/^item /, ""); if ($0 == label) print n}' \
-        label="$1" | tail -n1)
-    [[ -n $index ]] || fail "no enabled item '$1' in the host-drawn menu"
-    for _ in $(seq "$index"); do key Down; done
-    key Return
+    key Escape
+    ask items "$1" || fail "no enabled item '$1' in the host-drawn menu"
 }
 
 # Keyboard choice of the rich menu's n-th item from the bottom (1 is Quit), pointer away.
@@ -257,6 +253,12 @@ close_menu() {
 
 start_desktop() {
     step "start $desktop"
+    # Tolvane's icons where its package puts them, in the user's own share of the icon theme.
+    local icons=$XDG_DATA_HOME/icons/hicolor data
+    data=$(dirname "$0")/../../data/icons
+    mkdir -p "$icons/scalable/apps" "$icons/symbolic/apps"
+    cp "$data/tolvane.svg" "$icons/scalable/apps/"
+    cp "$data/tolvane-symbolic.svg" "$icons/symbolic/apps/"
     gsettings set org.gnome.desktop.interface enable-hot-corners false 2>/dev/null || true
     case $desktop in
     gnome*)
@@ -393,7 +395,7 @@ else
     find_icon
     step "left click, twice"
     open_by_click 1 "$left" open
-    [[ $left == host ]] || check_rich_rows
+    check_rich_rows
     close_menu
     open_by_click 1 "$left"
     choose_auto_switch "$left"
