@@ -355,11 +355,11 @@ find_icon() {
     local columns
     columns=$(convert "$work/before.$ext" "$work/after.$ext" -crop "$(panel_area)" +repage -compose \
         difference -composite -colorspace gray -threshold 4% -scale "${width}x1!" -depth 16 txt:- |
-        awk -F'[,:() ]+' 'NR > 1 && $3 > 0 {if ($1 - last > 3) {start = $1; sum = 0}
+        awk -F'[,:() ]+' 'BEGIN {last = -10} NR > 1 && $3 > 0 {if ($1 - last > 3) {start = $1; sum = 0}
             sum += $3; last = $1; if (sum > best) {best = sum; from = start; to = $1}}
             END {print from, to}')
     read -r from to <<<"$columns"
-    box=$(changed before after "$((to - from + 1))x${panel_height}+${from}+${box##* }") ||
+    box=$(changed before after "$((to - from + 1))x${panel_height}+${from}+$(panel_area | cut -d+ -f3)") ||
         fail "no icon in columns $from-$to"
     read -r w h x y <<<"$box"
     ((w <= 64 && h <= 64)) || fail "the panel changed in ${w}x${h} at $x,$y, more than an icon"
@@ -390,7 +390,10 @@ if [[ $left == none ]]; then
     check_rich_rows
     xdotool windowactivate --sync "$(rich_window | cut -d' ' -f1)"
     choose_auto_switch rich
-    xdotool windowclose "$(rich_window | cut -d' ' -f1)"
+    wait_for "the window again" rich_window
+    xdotool windowactivate --sync "$(rich_window | cut -d' ' -f1)" key Escape
+    wait_for "the window to close" eval '! rich_window'
+
 else
     find_icon
     step "left click, twice"
