@@ -25,7 +25,11 @@ xfce) panel_height=28 left=rich right=host ;;
 plasma) edge=bottom panel_height=44 left=rich ;;
 *) echo "unknown desktop $desktop" >&2 && exit 2 ;;
 esac
-width=1280 height=800
+width=1280 height=800 panel_y=0
+[[ $edge == top ]] || panel_y=$((height - panel_height))
+# The part of the screen the panel takes, and the rest, as ImageMagick geometry.
+panel_area="${width}x${panel_height}+0+${panel_y}"
+screen_area="${width}x$((height - panel_height))+0+$((panel_y ? 0 : panel_height))"
 # Screenshots stay uncompressed while the test runs; only those kept become PNG.
 ext=ppm
 [[ $session == x11 ]] || ext=png
@@ -124,38 +128,16 @@ ask() {
 }
 
 # The screen, the pointer and the keyboard: X11 tools, or the probe on Wayland.
-shot() {
-    if [[ $session == x11 ]]; then
-        import -window root "$work/$1.$ext"
-    else
-        ask shot "$work/$1.$ext"
-    fi
-}
+shot() { if [[ $session == x11 ]]; then import -window root "$work/$1.$ext"; else ask shot "$work/$1.$ext"; fi; }
 pointer_to() {
     if [[ $session == x11 ]]; then xdotool mousemove "$1" "$2"; else ask move "$1" "$2"; fi
     sleep 0.2
 }
 click() { if [[ $session == x11 ]]; then xdotool click "$1"; else ask click "$1"; fi; }
 key() {
-    if [[ $session == x11 ]]; then
-        xdotool key --clearmodifiers "$1"
-    else
-        declare -A keysym=([Escape]=0xff1b [Up]=0xff52 [Down]=0xff54 [Return]=0xff0d)
-        ask key "${keysym[$1]}"
-    fi
+    declare -A keysym=([Escape]=0xff1b [Up]=0xff52 [Down]=0xff54 [Return]=0xff0d)
+    if [[ $session == x11 ]]; then xdotool key --clearmodifiers "$1"; else ask key "${keysym[$1]}"; fi
     sleep 0.1
-}
-
-# The part of the screen a panel takes, and the rest, as ImageMagick geometry.
-panel_area() {
-    if [[ $edge == top ]]; then echo "${width}x${panel_height}+0+0"; else
-        echo "${width}x${panel_height}+0+$((height - panel_height))"
-    fi
-}
-screen_area() {
-    if [[ $edge == top ]]; then echo "${width}x$((height - panel_height))+0+${panel_height}"; else
-        echo "${width}x$((height - panel_height))+0+0"
-    fi
 }
 
 # changed BEFORE AFTER AREA: "W H X Y" of what changed between two screenshots inside AREA,
@@ -185,17 +167,15 @@ menu_shown() {
     if [[ $1 == rich && $session == x11 ]]; then
         menu_box=$(rich_window | cut -d' ' -f2-)
     else
-        shot now >/dev/null && menu_box=$(changed closed now "$(screen_area)") || return 1
+        shot now >/dev/null && menu_box=$(changed closed now "$screen_area") || return 1
         read -r w h _ <<<"$menu_box"
         if [[ $1 == rich ]]; then ((w >= 300 && h >= 200)); else ((w >= 60 && h >= 40)); fi
     fi
 }
-export -f menu_shown rich_window changed shot screen_area ask
 
 wait_menu() {
-    local started
+    local started patience=5
     started=$(now_ms)
-    local patience=5
     until menu_shown "$1"; do
         (($(now_ms) - started < patience * 1000)) || fail "no $1 menu ($2)"
         sleep 0.05
@@ -312,8 +292,8 @@ start_desktop() {
     # The panel is drawn when two screenshots a second apart agree on it.
     local tries=0
     shot panel-a >/dev/null
-    until sleep 1 && shot panel-b >/dev/null && ! changed panel-a panel-b "$(panel_area)" >/dev/null &&
-        [[ $(convert "$work/panel-b.$ext" -crop "$(panel_area)" -format '%[fx:maxima>0]' info:) == 1 ]]; do
+    until sleep 1 && shot panel-b >/dev/null && ! changed panel-a panel-b "$panel_area" >/dev/null &&
+        [[ $(convert "$work/panel-b.$ext" -crop "$panel_area" -format '%[fx:maxima>0]' info:) == 1 ]]; do
         mv "$work/panel-b.$ext" "$work/panel-a.$ext"
         ((++tries < 30)) || fail "the panel never settled"
     done
@@ -347,19 +327,19 @@ find_icon() {
     local box contrast
     for _ in $(seq 20); do
         shot after >/dev/null
-        box=$(changed before after "$(panel_area)") && break
+        box=$(changed before after "$panel_area") && break
         sleep 0.5
     done
     [[ -n $box ]] || fail "nothing new in the panel: no icon"
     # Neighbours may shift by a pixel: the icon is the run of changed columns that changed most.
     local columns
-    columns=$(convert "$work/before.$ext" "$work/after.$ext" -crop "$(panel_area)" +repage -compose \
+    columns=$(convert "$work/before.$ext" "$work/after.$ext" -crop "$panel_area" +repage -compose \
         difference -composite -colorspace gray -threshold 4% -scale "${width}x1!" -depth 16 txt:- |
-        awk -F'[,:() ]+' 'NR > 1 && $3 > 0 {if ($1 - last > 3) {start = $1; sum = 0}
+        awk -F'[,:() ]+' 'BEGIN {last = -10} NR > 1 && $3 > 0 {if ($1 - last > 3) {start = $1; sum = 0}
             sum += $3; last = $1; if (sum > best) {best = sum; from = start; to = $1}}
             END {print from, to}')
     read -r from to <<<"$columns"
-    box=$(changed before after "$((to - from + 1))x${panel_height}+${from}+${box##* }") ||
+    box=$(changed before after "$((to - from + 1))x${panel_height}+${from}+$panel_y") ||
         fail "no icon in columns $from-$to"
     read -r w h x y <<<"$box"
     ((w <= 64 && h <= 64)) || fail "the panel changed in ${w}x${h} at $x,$y, more than an icon"
@@ -390,7 +370,10 @@ if [[ $left == none ]]; then
     check_rich_rows
     xdotool windowactivate --sync "$(rich_window | cut -d' ' -f1)"
     choose_auto_switch rich
-    xdotool windowclose "$(rich_window | cut -d' ' -f1)"
+    wait_for "the window again" rich_window
+    xdotool windowactivate --sync "$(rich_window | cut -d' ' -f1)" key Escape
+    wait_for "the window to close" eval '! rich_window'
+
 else
     find_icon
     step "left click, twice"
