@@ -61,16 +61,21 @@ void AppDelegate::applicationDidFinishLaunching() {
 
     createStatusItem();
     trayPresent = trayHostAvailable();
-    // A panel may start after the programs of the session; without one, the menu comes as
-    // a window once the wait is over.
+    // A panel may start after the programs of the session: while the wait lasts, it is looked
+    // for now and then; without one, the menu comes as a window once the wait is over.
+    // StatusNotifierItem hosts that come or go later are told by the session bus.
+    watchTrayHosts();
+    if (!trayPresent) {
+        trayWatch.setInterval(timing.trayCheck);
+        connect(&trayWatch, &QTimer::timeout, this, &AppDelegate::checkTrayHost);
+        trayWatch.start();
+    }
     QTimer::singleShot(timing.trayWait, this, [this] {
+        trayWatch.stop();
         if (!trayPresent) {
             openMenuWindow(true);
         }
     });
-    trayWatch.setInterval(timing.trayCheck);
-    connect(&trayWatch, &QTimer::timeout, this, &AppDelegate::checkTrayHost);
-    trayWatch.start();
 
     QPointer<AppDelegate> weak(this);
     monitor.onChange = [weak](bool present) {

@@ -26,7 +26,7 @@ struct AppTiming {
     std::chrono::milliseconds permissionPoll{1500};
     std::chrono::milliseconds cleaningDelay{150};
     // How long a start waits for a tray host before it opens the menu as a window, and how
-    // often it looks whether a host has come or gone.
+    // often it looks for one meanwhile.
     std::chrono::milliseconds trayWait{10000};
     std::chrono::milliseconds trayCheck{2000};
 };
@@ -55,6 +55,10 @@ public:
     // paints it itself, else as a panel window that the compositor places. Another start of
     // the program asks for this.
     void openMenu();
+
+    // Looks whether a tray host has come or gone: a new host gets a new icon, and without one
+    // the menu comes as a window.
+    void checkTrayHost();
 
     // Whether the desktop shows tray icons now; Qt's answer unless a test sets another.
     std::function<bool()> trayHostAvailable = [] {
@@ -93,7 +97,7 @@ private:
 
     void createStatusItem();
     void trayActivated(QSystemTrayIcon::ActivationReason reason);
-    void checkTrayHost();
+    void watchTrayHosts();
     void sampleTrayBackground();
     QColor trayInk() const;
     void openMenuWindow(bool noTray);

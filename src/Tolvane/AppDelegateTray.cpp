@@ -14,6 +14,7 @@
 #include <QCursor>
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
+#include <QDBusServiceWatcher>
 #include <QGuiApplication>
 #include <QLabel>
 #include <QPalette>
@@ -115,14 +116,27 @@ void AppDelegate::checkTrayHost() {
     const bool available = trayHostAvailable();
     if (available && !trayPresent) {
         trayPresent = true;
+        trayWatch.stop();
         createStatusItem();
         render();
     } else if (!available && trayPresent) {
         trayPresent = false;
         openMenuWindow(true);
-    } else {
-        sampleTrayBackground();
     }
+}
+
+// GNOME's AppIndicator extension, Plasma's and XFCE's panels register the watcher's name when
+// they start and drop it when they end; a check then costs nothing while nothing changes.
+void AppDelegate::watchTrayHosts() {
+    QDBusConnection bus = QDBusConnection::sessionBus();
+    if (!bus.isConnected()) {
+        return;
+    }
+    auto* watcher = new QDBusServiceWatcher(QStringLiteral("org.kde.StatusNotifierWatcher"), bus,
+                                            QDBusServiceWatcher::WatchForOwnerChange, this);
+    // The new owner registers its host a moment after it takes the name.
+    connect(watcher, &QDBusServiceWatcher::serviceOwnerChanged, this,
+            [this] { QTimer::singleShot(timing.trayCheck, this, &AppDelegate::checkTrayHost); });
 }
 
 void AppDelegate::openMenu() {

@@ -143,10 +143,12 @@ TEST_F(Launch, WithoutATrayHostTheMenuComesAsAWindowAfterTheWait) {
     ASSERT_TRUE(delegate->menuWindow() && delegate->menuWindow()->isVisible());
     delegate->menuWindow()->close();
     trayHost = true;
-    settle(50);
+    delegate->checkTrayHost();
+    settle();
     EXPECT_FALSE(delegate->menuWindow());
     trayHost = false;
-    settle(50);
+    delegate->checkTrayHost();
+    settle();
     EXPECT_TRUE(delegate->menuWindow());
 }
 
