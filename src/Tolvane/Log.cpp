@@ -16,7 +16,7 @@ namespace {
 platform::SystemLog* systemLogSink = nullptr;
 
 QString stateHome() {
-    const QString fromEnvironment = qEnvironmentVariable("XDG_STATE_HOME");
+    QString fromEnvironment = qEnvironmentVariable("XDG_STATE_HOME");
     if (QDir::isAbsolutePath(fromEnvironment)) {
         return fromEnvironment;
     }

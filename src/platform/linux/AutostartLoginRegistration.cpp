@@ -16,14 +16,14 @@ namespace tolvane::oslinux {
 namespace {
 
 QString configHome() {
-    const QString fromEnvironment = qEnvironmentVariable("XDG_CONFIG_HOME");
+    QString fromEnvironment = qEnvironmentVariable("XDG_CONFIG_HOME");
     if (QDir::isAbsolutePath(fromEnvironment)) {
         return fromEnvironment;
     }
     return QDir::homePath() + QStringLiteral("/.config");
 }
 
-constexpr qint64 largestEntry = 64 * 1024;
+constexpr qint64 largestEntry = qint64(64) * 1024;
 
 } // namespace
 

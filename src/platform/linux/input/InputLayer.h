@@ -47,7 +47,7 @@ private:
 // watchdog, and the three faces the application sees.
 class InputLayer {
 public:
-    explicit InputLayer(EventLoop& loop, std::string deviceRoot = "/dev",
+    explicit InputLayer(EventLoop& loop, const std::string& deviceRoot = "/dev",
                         std::chrono::milliseconds watchdogTimeout = std::chrono::seconds(10));
 
     platform::ScrollTap& scrollTap() { return tap; }
