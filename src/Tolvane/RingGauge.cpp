@@ -52,8 +52,8 @@ qreal labelHeight(const QWidget& w) {
 } // namespace
 
 RingGauge::RingGauge(QString title, QString icon, ThemeGradient gradient, QWidget* parent)
-    : QWidget(parent), title(std::move(title)), icon(std::move(icon)),
-      gradient(std::move(gradient)), shown(gaugeValues(reading.fraction)), end(shown.ringEnd) {
+    : QWidget(parent), title(std::move(title)), icon(std::move(icon)), gradient(gradient),
+      shown(gaugeValues(reading.fraction)), end(shown.ringEnd) {
     setAttribute(Qt::WA_TranslucentBackground);
     setAttribute(Qt::WA_TransparentForMouseEvents);
     animation.setDuration(animationMs);

@@ -16,7 +16,7 @@ namespace tolvane::oslinux {
 
 namespace {
 
-constexpr qint64 largestEntry = 64 * 1024;
+constexpr qint64 largestEntry = qint64(64) * 1024;
 
 } // namespace
 

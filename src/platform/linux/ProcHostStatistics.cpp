@@ -61,7 +61,7 @@ std::optional<std::string_view> readStart(const std::string& path, Buffer& buffe
 
 } // namespace
 
-ProcHostStatistics::ProcHostStatistics(std::string procRoot, std::string volumePath)
+ProcHostStatistics::ProcHostStatistics(const std::string& procRoot, std::string volumePath)
     : statPath(procRoot + "/stat"), meminfoPath(procRoot + "/meminfo"),
       volumePath(std::move(volumePath)) {}
 

@@ -12,7 +12,8 @@ namespace tolvane::oslinux {
 class ProcHostStatistics final : public platform::HostStatistics {
 public:
     // `procRoot` and `volumePath` are for tests; the program uses the defaults.
-    explicit ProcHostStatistics(std::string procRoot = "/proc", std::string volumePath = "/");
+    explicit ProcHostStatistics(const std::string& procRoot = "/proc",
+                                std::string volumePath = "/");
 
     std::optional<platform::CpuTicks> cpuTicks() override;
     std::optional<std::uint64_t> memoryUsedBytes() override;

@@ -25,7 +25,7 @@ void RoutedKeyboardGrab::release() {
     router.releaseKeyboards();
 }
 
-InputLayer::InputLayer(EventLoop& loop, std::string deviceRoot,
+InputLayer::InputLayer(EventLoop& loop, const std::string& deviceRoot,
                        std::chrono::milliseconds watchdogTimeout, std::string logFile)
     : watchdog(watchdogTimeout, std::move(logFile)), routerImpl(loop, deviceRoot, watchdog) {
     NodeCallbacks callbacks{[this](const std::string& node) { routerImpl.nodeAppeared(node); },

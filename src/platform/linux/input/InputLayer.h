@@ -48,7 +48,7 @@ private:
 class InputLayer {
 public:
     // The watchdog writes the stalls it ends to `logFile` too.
-    explicit InputLayer(EventLoop& loop, std::string deviceRoot = "/dev",
+    explicit InputLayer(EventLoop& loop, const std::string& deviceRoot = "/dev",
                         std::chrono::milliseconds watchdogTimeout = std::chrono::seconds(10),
                         std::string logFile = {});
 

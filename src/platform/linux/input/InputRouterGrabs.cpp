@@ -122,8 +122,10 @@ void InputRouter::onReadable(RoutedDevice& device) {
     }
     watchdog.noteRead();
     if (device.readPendingEvents() == RoutedDevice::ReadResult::vanished) {
+        // A copy, not a reference: nodeVanished() destroys `device` and the name with it.
+        // NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
         const std::string node = device.node();
-        nodeVanished(node); // destroys `device`
+        nodeVanished(node);
         return;
     }
     if (!device.waitingForIdle || device.evdev().anyKeyDown()) {
