@@ -1,6 +1,6 @@
 #!/bin/bash
 # Starts Tolvane 20 times at once for each state of XDG_RUNTIME_DIR (a private folder, a
-# missing one, a read-only one, unset) and prints how many of the 20 still run 8 s later:
+# missing one, a read-only one, unset) and prints how many of the 20 still run 15 s later:
 # exactly one should, every time. Headless (Qt's offscreen platform). Run it as the user to
 # measure; as root a read-only folder is made by a read-only bind mount in a namespace.
 #
@@ -18,7 +18,7 @@ count() {
         env "$@" QT_QPA_PLATFORM=offscreen "$program" >/dev/null 2>&1 &
         pids+=($!)
     done
-    sleep 8
+    sleep 15
     # A start that has left may still be a zombie, which kill -0 would count.
     for pid in "${pids[@]}"; do
         [[ $(ps -o stat= -p "$pid" 2>/dev/null) == [^Z]* ]] && alive=$((alive + 1))

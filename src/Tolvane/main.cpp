@@ -9,6 +9,7 @@
 #include "platform/linux/SyslogSystemLog.h"
 
 #include <QApplication>
+#include <QFileInfo>
 #include <QTimer>
 
 #include <cstdio>
@@ -23,6 +24,11 @@ int main(int argc, char** argv) {
             std::fputs("Tolvane is already running.\n", stderr);
         }
         return 0;
+    }
+    // Qt would make a missing XDG_RUNTIME_DIR, and a later start would find a lock folder there.
+    if (!qEnvironmentVariableIsEmpty("XDG_RUNTIME_DIR") &&
+        !QFileInfo::exists(qEnvironmentVariable("XDG_RUNTIME_DIR"))) {
+        qunsetenv("XDG_RUNTIME_DIR");
     }
     // Native Wayland where Qt's Wayland plugin is installed, else X11 through Xwayland.
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM") &&

@@ -1,18 +1,22 @@
 // One Tolvane per user, with nothing that another local user can hold or replace. The lock is
 // an flock on a file in a folder that only the user can write (checked with lstat and fstat,
-// never through a symlink), at a place that depends on the user alone: the runtime folder that
-// logind makes, else one under the home of the password database. The kernel drops an flock
-// when the process ends in any way, so a stale lock never keeps Tolvane from starting. Next to
-// the lock, the holder listens on a unix socket, bound before anyone can ask, for requests to
-// open its menu. A user with neither folder is locked by an abstract unix socket named after
-// the uid, whose bind is atomic and which vanishes with the process. Whoever answers on a
-// socket must be the same user (SO_PEERCRED); a name that another user holds is passed over
-// for the next one, which every start of this user tries in the same order.
+// never through a symlink): XDG_RUNTIME_DIR where it is such a folder and takes the file, else
+// the runtime folder that logind makes for the uid, else one under the home of the password
+// database; so a start whose XDG_RUNTIME_DIR is broken still meets the session's lock. The
+// kernel drops an flock when the process ends in any way, so a stale lock never keeps Tolvane
+// from starting. Next to the lock, the holder listens on a unix socket, bound before anyone can
+// ask, for requests to open its menu. A user with none of these folders is locked by an
+// abstract unix socket named after the uid, whose bind is atomic and which vanishes with the
+// process. Whoever answers on a socket must be the same user (SO_PEERCRED); a name that
+// another user holds is passed over for the next, which every start of this user tries in the
+// same order.
 #include "platform/linux/SingleInstanceLock.h"
 
 #include <QSocketNotifier>
 
 #include <cerrno>
+#include <cstddef>
+#include <cstdlib>
 #include <cstring>
 
 #include <fcntl.h>
@@ -64,7 +68,11 @@ constexpr char openRequest = 'o';
 } // namespace
 
 std::vector<SingleInstanceLock::Folder> SingleInstanceLock::userFolders() {
-    std::vector<Folder> result{{"/run/user/" + std::to_string(::geteuid()), false}};
+    std::vector<Folder> result;
+    if (const char* runtime = std::getenv("XDG_RUNTIME_DIR"); runtime && runtime[0] == '/') {
+        result.push_back({runtime, false});
+    }
+    result.push_back({"/run/user/" + std::to_string(::geteuid()), false});
     if (const passwd* entry = ::getpwuid(::geteuid());
         entry && entry->pw_dir && entry->pw_dir[0] == '/') {
         result.push_back({std::string(entry->pw_dir) + "/.cache/tolvane", true});
@@ -161,12 +169,12 @@ bool SingleInstanceLock::listen() {
     return true;
 }
 
-// The holder binds right after it takes the lock; a start that comes in between retries for
-// up to two seconds.
+// The holder listens right after it takes the lock or binds the name; a start that comes in
+// between retries for up to five seconds, which a loaded machine may need.
 int SingleInstanceLock::connectToRunning() const {
     sockaddr_un address{};
     const socklen_t length = requestAddress(chosenFolder, abstractSlot, address);
-    for (int attempt = 0; attempt < 40; ++attempt) {
+    for (int attempt = 0; attempt < 100; ++attempt) {
         const int descriptor = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
         if (descriptor < 0) {
             return -1;

@@ -13,9 +13,10 @@ namespace tolvane::oslinux {
 // running one a request to open its menu, then leaves.
 class SingleInstanceLock {
 public:
-    // The folders tried for the lock, in order: the user's runtime folder as logind makes it,
-    // then a folder under the home of the password database. Neither depends on the
-    // environment, so every start of one user meets the same lock.
+    // The folders tried for the lock, in order: XDG_RUNTIME_DIR, the runtime folder that
+    // logind makes, a folder under the home of the password database. A start whose
+    // XDG_RUNTIME_DIR is missing, unset or read-only meets the lock of the session's runtime
+    // folder all the same.
     struct Folder {
         std::string path;
         bool create; // made, with its parent, when missing
