@@ -274,7 +274,8 @@ start_desktop() {
         ;;
     plasma)
         export XDG_CURRENT_DESKTOP=KDE
-        # kded would first run every configuration update script, a minute on a new HOME.
+        # kded first, without its configuration updates (a minute on a new HOME), and its tray
+        # watcher loaded, as a Plasma session's start does; plasmashell came up without it here.
         mkdir -p "$XDG_CONFIG_HOME"
         printf '[General]\nCheckUpdates=false\n' >"$XDG_CONFIG_HOME/kded5rc"
         kded5 >"$work/desktop.log" 2>&1 &
