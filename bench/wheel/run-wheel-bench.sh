@@ -20,7 +20,6 @@ work=$(cd "$2" && pwd)
 frames=${3:-10000}
 rounds=${4:-5}
 idle=${5:-10}
-cache=${TOLVANE_KERNEL_CACHE:-$HOME/.cache/tolvane-kernel}
 # shellcheck disable=SC2034 # the word that starts guest-lib.sh's failure lines
 tier="wheel bench"
 # shellcheck source=../../tests/kernel/guest-lib.sh
@@ -55,40 +54,18 @@ fetch_interception_tools() {
     rm -rf "$tmp"
 }
 
-# Copies a dynamically linked program to DIR in the guest with the loader and every library
-# it loads, the downloaded ones first.
-copy_with_libraries() {
-    local program=$1 dir=$2 lib
-    mkdir -p "$root$dir" "$root/lib64" "$root/lib/x86_64-linux-gnu"
-    cp "$program" "$root$dir/"
-    for lib in $(LD_LIBRARY_PATH="$tools/usr/lib/x86_64-linux-gnu" ldd "$program" |
-        awk '$2 == "=>" && $3 ~ /^\// {print $3} $1 ~ /^\/lib64\// {print $1}'); do
-        case $lib in
-        /lib64/*) cp -L "$lib" "$root/lib64/" ;;
-        *) cp -L "$lib" "$root/lib/x86_64-linux-gnu/" ;;
-        esac
-    done
-}
-
-build_initramfs() {
-    start_guest_root "$root"
+build_root() {
     local program
+    start_guest_root "$root"
     for program in wheel-latency wheel-floor negate-wheel tolvane-wheel; do
         [ -x "$bin/$program" ] || fail "no $bin/$program: build the bench targets first"
-        cp "$bin/$program" "$root/bin/"
+        add_static "$root" "$bin/$program"
     done
-    copy_with_libraries "$bin/tolvane-wheel-qt" /bin
-    copy_with_libraries "$tools/usr/bin/interception" /opt/interception
-    copy_with_libraries "$tools/usr/bin/uinput" /opt/interception
-    write_init "$root" "/bin/wheel-latency $frames $rounds $idle \\
-    'floor 1 same exec /bin/wheel-floor \"\$BENCH_DEVICE\"' \\
-    'tolvane 1 negated exec /bin/tolvane-wheel' \\
-    'tolvane-qt 1 negated exec /bin/tolvane-wheel-qt' \\
-    'interception-tools 1 negated /opt/interception/interception -g \"\$BENCH_DEVICE\" | /bin/negate-wheel | /opt/interception/uinput -d \"\$BENCH_DEVICE\"' \\
-    'tolvane-qt 8 negated exec /bin/tolvane-wheel-qt' \\
-    'tolvane-qt 32 negated exec /bin/tolvane-wheel-qt'
-echo \"TOLVANE-GUEST: result \$?\""
-    (cd "$root" && find . | cpio -o -H newc -R 0:0 --quiet | gzip -1 >"$work/initramfs.cpio.gz")
+    add_dynamic "$root" "$bin/tolvane-wheel-qt" /bin/tolvane-wheel-qt
+    for program in interception uinput; do
+        LD_LIBRARY_PATH="$tools/usr/lib/x86_64-linux-gnu" \
+            add_dynamic "$root" "$tools/usr/bin/$program" "/opt/interception/$program"
+    done
 }
 
 exec 9>"$work/.lock"
@@ -98,8 +75,14 @@ prepare_guest
     flock 8
     fetch_interception_tools
 ) 8>"${cache%/}.lock"
-build_initramfs
-boot_guest "$work/initramfs.cpio.gz" 768 900
+build_root
+boot_guest "$root" 768 900 "/bin/wheel-latency $frames $rounds $idle \\
+    'floor 1 same exec /bin/wheel-floor \"\$BENCH_DEVICE\"' \\
+    'tolvane 1 negated exec /bin/tolvane-wheel' \\
+    'tolvane-qt 1 negated exec /bin/tolvane-wheel-qt' \\
+    'interception-tools 1 negated /opt/interception/interception -g \"\$BENCH_DEVICE\" | /bin/negate-wheel | /opt/interception/uinput -d \"\$BENCH_DEVICE\"' \\
+    'tolvane-qt 8 negated exec /bin/tolvane-wheel-qt' \\
+    'tolvane-qt 32 negated exec /bin/tolvane-wheel-qt'"
 grep '^wheel:' "$work/guest.txt" || fail "the guest printed no figures (see $work/guest.txt)"
-result=$(sed -n 's/.*TOLVANE-GUEST: result \([0-9]*\)$/\1/p' "$work/guest.txt")
-[ "$result" = 0 ] || fail "not every frame came through (exit ${result:-none}, see $work/guest.txt)"
+result=$(guest_result) || exit 1
+[ "$result" = 0 ] || fail "not every frame came through (exit $result, see $work/guest.txt)"

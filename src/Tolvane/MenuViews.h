@@ -73,6 +73,8 @@ public:
     const GaugeValues& values() const { return shown; }
     qreal ringEnd() const { return end; }
     bool isAnimating() const;
+    // The ease's clock; a test moves it with setCurrentTime() instead of waiting.
+    QTimeLine& easeClock() { return animation; }
 
     static constexpr qreal size = 58;
     static constexpr qreal line = 6;

@@ -70,28 +70,16 @@ QString naturalScrollKey(const char* value) {
         .arg(QLatin1String(value));
 }
 
-TEST_F(DesktopSchemas, ReadsTheDesktopsNaturalScrollEitherWay) {
-    installMouseSchema(naturalScrollKey("true"));
-    oslinux::GSettingsScrollSetting on;
-    EXPECT_EQ(on.naturalScroll(), true);
-    EXPECT_EQ(on.naturalScroll(), true) << "a second question must give the same answer";
-
-    installMouseSchema(naturalScrollKey("false"));
-    oslinux::GSettingsScrollSetting off;
-    EXPECT_EQ(off.naturalScroll(), false);
-}
-
-TEST_F(DesktopSchemas, IsAbsentWithoutTheSchemaOrItsKey) {
-    oslinux::GSettingsScrollSetting noSchema;
-    EXPECT_EQ(noSchema.naturalScroll(), std::nullopt);
-
+TEST_F(DesktopSchemas, ReadsTheDesktopsNaturalScrollOrNothingWithoutTheSchemaOrItsKey) {
+    EXPECT_EQ(oslinux::GSettingsScrollSetting().naturalScroll(), std::nullopt) << "no schema";
     installMouseSchema(QStringLiteral("<key name=\"speed\" type=\"d\"><default>0</default></key>"));
-    oslinux::GSettingsScrollSetting noKey;
-    EXPECT_EQ(noKey.naturalScroll(), std::nullopt);
-}
-
-TEST_F(DesktopSchemas, AnObjectNeverAskedLeavesNoProcessBehind) {
-    installMouseSchema(naturalScrollKey("true"));
+    EXPECT_EQ(oslinux::GSettingsScrollSetting().naturalScroll(), std::nullopt) << "no key";
+    for (bool natural : {true, false}) {
+        installMouseSchema(naturalScrollKey(natural ? "true" : "false"));
+        oslinux::GSettingsScrollSetting setting;
+        EXPECT_EQ(setting.naturalScroll(), natural);
+        EXPECT_EQ(setting.naturalScroll(), natural) << "a second question, the same answer";
+    }
     { oslinux::GSettingsScrollSetting unused; }
     EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1) << "a reader was not reaped";
 }

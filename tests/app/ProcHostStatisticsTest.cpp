@@ -1,15 +1,10 @@
 #include "platform/linux/ProcHostStatistics.h"
-#include "Tolvane/SystemStats.h"
 
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
-
-#include <algorithm>
-#include <chrono>
-#include <vector>
 
 namespace tolvane::testing {
 namespace {
@@ -61,7 +56,7 @@ TEST_F(ProcFolder, AFileLongerThanTheBufferIsCutAtAWholeLine) {
     EXPECT_EQ(stats.physicalMemoryBytes(), 8388608ull * 1024);
 }
 
-TEST(ProcHostStatistics, TheRealSystemGivesSaneFiguresWellUnderAMillisecondASample) {
+TEST(ProcHostStatistics, TheRealSystemGivesSaneFigures) {
     oslinux::ProcHostStatistics host;
     const auto ticks = host.cpuTicks();
     ASSERT_TRUE(ticks);
@@ -73,20 +68,6 @@ TEST(ProcHostStatistics, TheRealSystemGivesSaneFiguresWellUnderAMillisecondASamp
     const auto volume = host.rootVolume();
     ASSERT_TRUE(volume && volume->availableBytes);
     EXPECT_LE(*volume->availableBytes, volume->totalBytes);
-
-    SystemStats stats(host);
-    std::vector<double> micros;
-    for (int round = 0; round < 200; ++round) {
-        const auto start = std::chrono::steady_clock::now();
-        stats.sample();
-        micros.push_back(
-            std::chrono::duration<double, std::micro>(std::chrono::steady_clock::now() - start)
-                .count());
-    }
-    std::nth_element(micros.begin(), micros.begin() + 100, micros.end());
-    RecordProperty("sample_median_us", int(micros[100]));
-    EXPECT_LT(micros[100], 1000.0);
-    EXPECT_NE(stats.storage().detail, "\u2014");
 }
 
 } // namespace

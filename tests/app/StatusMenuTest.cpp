@@ -1,4 +1,3 @@
-#include "Tolvane/BrandIcon.h"
 #include "Tolvane/MenuViews.h"
 #include "support/AppHarness.h"
 #include "support/ViewPixels.h"
@@ -81,23 +80,31 @@ protected:
     }
 };
 
+// The menu of a new start, as describe() gives it.
+const std::vector<std::string> firstMenu{"[header]",
+                                         "[stats]",
+                                         "[clean]",
+                                         "---",
+                                         "[caption]",
+                                         "Switch to Mouse scrolling +icon <Ctrl+T>",
+                                         "Auto-switch when mouse connects [x]",
+                                         "---",
+                                         "Launch at login [ ]",
+                                         "Quit Tolvane <Ctrl+Q>"};
+
 TEST_F(StatusMenu, ItemsTextsOrderAndShortcutsFollowTheState) {
-    EXPECT_EQ(describe(launchedMenu()),
-              (std::vector<std::string>{"[header]", "[stats]", "[clean]", "---", "[caption]",
-                                        "Switch to Mouse scrolling +icon <Ctrl+T>",
-                                        "Auto-switch when mouse connects [x]", "---",
-                                        "Launch at login [ ]", "Quit Tolvane <Ctrl+Q>"}));
+    EXPECT_EQ(describe(launchedMenu()), firstMenu);
 
     reset();
     writeSettings("[General]\nautoEnabled=false\nmode=mouse\n");
     fakes().login.enabled = true;
     fakes().pointers.present.push_back({"usb-1", {1, 2, 0, "USB Mouse"}});
     QMenu* menu = launchedMenu();
-    EXPECT_EQ(describe(menu),
-              (std::vector<std::string>{"[header]", "[stats]", "[clean]", "---", "[caption]",
-                                        "Switch to Natural scrolling +icon <Ctrl+T>",
-                                        "Auto-switch when mouse connects [ ]", "---",
-                                        "Launch at login [x]", "Quit Tolvane <Ctrl+Q>"}));
+    std::vector<std::string> expected = firstMenu;
+    expected[5] = "Switch to Natural scrolling +icon <Ctrl+T>";
+    expected[6] = "Auto-switch when mouse connects [ ]";
+    expected[8] = "Launch at login [x]";
+    EXPECT_EQ(describe(menu), expected);
     EXPECT_EQ(describe(delegate->hostDrawnMenu()),
               (std::vector<std::string>{"Open Tolvane", "Scrolling reversed \u00B7 Mouse (off)",
                                         "Clean Keyboard", "---", "Scrolling (off)",
@@ -112,12 +119,9 @@ TEST_F(StatusMenu, ItemsTextsOrderAndShortcutsFollowTheState) {
 TEST_F(StatusMenu, WithoutInputAccessAWarningOpensHelpAndTheCleanRowIsOff) {
     fakes().access.trusted = false;
     QMenu* menu = launchedMenu();
-    EXPECT_EQ(describe(menu),
-              (std::vector<std::string>{"[header]", "\u26A0\uFE0E Needs input access", "[stats]",
-                                        "[clean]", "---", "[caption]",
-                                        "Switch to Mouse scrolling +icon <Ctrl+T>",
-                                        "Auto-switch when mouse connects [x]", "---",
-                                        "Launch at login [ ]", "Quit Tolvane <Ctrl+Q>"}));
+    std::vector<std::string> expected = firstMenu;
+    expected.insert(expected.begin() + 1, "\u26A0\uFE0E Needs input access");
+    EXPECT_EQ(describe(menu), expected);
     EXPECT_EQ(describe(delegate->hostDrawnMenu()),
               (std::vector<std::string>{"Open Tolvane", "Natural scrolling \u00B7 No mouse (off)",
                                         "\u26A0\uFE0E Needs input access (off)",
@@ -235,29 +239,15 @@ TEST_F(StatusMenu, ClicksOnTheOtherRowsOrADisabledCleanRowLeaveTheMenuOpen) {
     EXPECT_TRUE(recorder().matching("keyboard.").empty());
 }
 
-QImage iconImage(QSystemTrayIcon* tray) {
-    return tray->icon().pixmap(22, 22).toImage().convertToFormat(QImage::Format_ARGB32);
-}
-
 TEST_F(StatusMenu, TheTrayIconHasTwoFormsThatFollowTheMode) {
     launchedMenu();
-    const QImage natural = iconImage(delegate->trayIcon());
-    delegate->manualToggle();
-    const QImage mouse = iconImage(delegate->trayIcon());
-    delegate->manualToggle();
-    EXPECT_EQ(iconImage(delegate->trayIcon()), natural);
-    EXPECT_NE(natural, mouse);
-
-    const auto cobalt = [](QColor c) {
-        return c.alpha() > 200 && closeTo(c, QColor(59, 91, 255), 8);
-    };
-    const QColor text = BrandIcon::neutralInk();
-    const auto panelText = [&](QColor c) { return c.alpha() > 200 && closeTo(c, text, 8); };
-    EXPECT_GT(countPixels(mouse, mouse.rect(), cobalt), 40);
-    EXPECT_EQ(countPixels(mouse, mouse.rect(), panelText), 0);
-    EXPECT_GT(countPixels(natural, natural.rect(), panelText), 40);
-    EXPECT_EQ(countPixels(natural, natural.rect(), cobalt), 0);
+    const auto icon = [this] { return delegate->trayIcon()->icon().pixmap(22, 22).toImage(); };
+    const QImage natural = icon();
     EXPECT_EQ(delegate->trayIcon()->toolTip(), QStringLiteral("Tolvane: natural scrolling"));
+    delegate->manualToggle();
+    EXPECT_NE(icon(), natural);
+    delegate->manualToggle();
+    EXPECT_EQ(icon(), natural);
 }
 
 } // namespace

@@ -7,8 +7,7 @@
 #
 #   run-lock-session.sh TOLVANE SNI_HOST GUEST_TOOL WORK_DIR
 #
-# The screenshots (PNG) and the guest's log stay in WORK_DIR. The kernel is shared with the
-# kernel tier ($TOLVANE_KERNEL_CACHE, default ~/.cache/tolvane-kernel).
+# The screenshots (PNG) and the guest's log stay in WORK_DIR.
 set -euo pipefail
 
 tolvane=$(realpath "$1")
@@ -17,51 +16,28 @@ guest_tool=$(realpath "$3")
 mkdir -p "$4"
 work=$(realpath "$4")
 here=$(cd "$(dirname "$0")" && pwd)
-cache=${TOLVANE_KERNEL_CACHE:-$HOME/.cache/tolvane-kernel}
 tier=desktop
 # shellcheck source=../kernel/guest-lib.sh
 source "$here/../kernel/guest-lib.sh"
-# shellcheck source=guest-root-lib.sh
-source "$here/guest-root-lib.sh"
 
 width=1024
 height=600
 
 build_root() {
     local root=$work/root program
-    start_guest_root "$root"
     for program in Xvfb xkbcomp xrandr xdotool xev dbus-daemon convert; do
         command -v "$program" >/dev/null ||
             fail "$program is missing on the host (scripts/install-deps --tests)"
     done
+    start_guest_root "$root"
     for program in Xvfb xkbcomp xrandr xdotool xev dbus-daemon; do
-        copy_program "$root" "$(command -v "$program")" "/usr/bin/$program"
+        add_dynamic "$root" "$(command -v "$program")" "/usr/bin/$program"
     done
-    copy_program "$root" "$tolvane" /usr/bin/tolvane
-    copy_program "$root" "$sni_host" /usr/bin/tolvane-sni-host
+    add_dynamic "$root" "$tolvane" /usr/bin/tolvane
+    add_dynamic "$root" "$sni_host" /usr/bin/tolvane-sni-host
     cp "$guest_tool" "$root/usr/bin/tolvane-lock-guest"
-    copy_qt_runtime "$root"
-    copy_x_data "$root"
+    add_x_session "$root"
     cp "$here/lock-session-guest.sh" "$root/lock-session.sh"
-    cat >"$root/init" <<'INIT'
-#!/bin/busybox sh
-/bin/busybox --install -s
-mount -t proc proc /proc
-mount -t sysfs sysfs /sys
-mount -t devtmpfs devtmpfs /dev
-mount -t tmpfs tmpfs /tmp
-mkdir -p /dev/shm /dev/pts && mount -t tmpfs tmpfs /dev/shm && mount -t devpts devpts /dev/pts
-insmod /lib/evdev.ko
-insmod /lib/uinput.ko
-echo "TOLVANE-GUEST: start"
-sh /lock-session.sh
-echo "TOLVANE-GUEST: result $?"
-poweroff -f
-INIT
-    chmod +x "$root/init"
-    # Uncompressed: the guest would spend longer unpacking it than the host saves in copying.
-    (cd "$root" && find . | cpio -o -H newc -R 0:0 --quiet >"$work/initramfs.cpio")
-    rm -rf "$root"
 }
 
 # Each dump between its markers in the guest's log becomes NAME.png.
@@ -112,16 +88,13 @@ exec 9>"$work/.lock"
 flock 9
 rm -f "$work"/*.png
 prepare_guest
-started=$SECONDS
 build_root
-echo "initramfs: $(($(stat -c %s "$work/initramfs.cpio") / 1048576)) MB in $((SECONDS - started)) s"
-boot_guest "$work/initramfs.cpio" 1536 150
-rm -f "$work/initramfs.cpio"
+# Uncompressed: the guest would spend longer unpacking it than the host saves in copying.
+GUEST_PACK=plain boot_guest "$work/root" 1536 150 "sh /lock-session.sh"
 grep -E '^TOLVANE-(STEP|FAIL|GUEST)|^Monitors|^ [0-9]:' "$work/guest.txt" || true
 sed -n '/^TOLVANE-LOG-BEGIN$/,/^TOLVANE-LOG-END$/p' "$work/guest.txt" | sed '1d;$d'
 extract_shots
-result=$(sed -n 's/.*TOLVANE-GUEST: result \([0-9]*\)$/\1/p' "$work/guest.txt")
-[ -n "$result" ] || fail "the guest ended without a result line (see $work/guest.log)"
+result=$(guest_result) || exit 1
 [ "$result" = 0 ] || fail "the lock session failed in the guest (see $work/guest.txt)"
 check_shots
 echo "PASS (lock session; screenshots in $work)"

@@ -3,71 +3,62 @@
 #include <libevdev/libevdev-uinput.h>
 #include <libevdev/libevdev.h>
 
+#include <algorithm>
 #include <array>
 #include <dirent.h>
 #include <fcntl.h>
+#include <iterator>
 #include <poll.h>
 #include <sys/ioctl.h>
+#include <tuple>
 #include <unistd.h>
 
 namespace tolvane::kerneltest {
 
-namespace {
-
-DeviceRecipe recipe(std::string name, std::uint16_t bus, std::vector<std::uint16_t> rel,
-                    std::vector<std::uint16_t> keys) {
-    DeviceRecipe s;
-    s.name = std::move(name);
-    s.bus = bus;
-    s.rel = std::move(rel);
-    s.keys = std::move(keys);
-    return s;
-}
-
-} // namespace
-
 DeviceRecipe usbMouse(const std::string& name) {
-    return recipe(name, BUS_USB,
-                  {REL_X, REL_Y, REL_WHEEL, REL_HWHEEL, REL_WHEEL_HI_RES, REL_HWHEEL_HI_RES},
-                  {BTN_LEFT, BTN_RIGHT, BTN_MIDDLE});
+    return {name,
+            BUS_USB,
+            {REL_X, REL_Y, REL_WHEEL, REL_HWHEEL, REL_WHEEL_HI_RES, REL_HWHEEL_HI_RES},
+            {BTN_LEFT, BTN_RIGHT, BTN_MIDDLE}};
 }
 
 DeviceRecipe builtInPointer() {
-    return recipe("Tolvane Test TrackPoint", BUS_I8042, {REL_X, REL_Y}, {BTN_LEFT, BTN_RIGHT});
+    return {"Tolvane Test TrackPoint", BUS_I8042, {REL_X, REL_Y}, {BTN_LEFT, BTN_RIGHT}};
 }
 
 DeviceRecipe usbKeyboard(const std::string& name) {
-    DeviceRecipe s = recipe(name, BUS_USB, {}, {});
+    DeviceRecipe r{name};
     for (std::uint16_t k = KEY_ESC; k <= KEY_MICMUTE; ++k) {
-        s.keys.push_back(k);
+        r.keys.push_back(k);
     }
-    s.repeat = true;
-    return s;
+    r.repeat = true;
+    return r;
 }
 
 DeviceRecipe consumerControl() {
-    return recipe("Tolvane Test Keyboard Consumer Control", BUS_USB, {REL_HWHEEL},
-                  {KEY_MUTE, KEY_VOLUMEDOWN, KEY_VOLUMEUP, KEY_PLAYPAUSE, KEY_BRIGHTNESSDOWN,
-                   KEY_BRIGHTNESSUP});
+    DeviceRecipe r{"Tolvane Test Keyboard Consumer Control", BUS_USB, {REL_HWHEEL}};
+    r.keys = {KEY_MUTE, KEY_VOLUMEDOWN, KEY_VOLUMEUP, KEY_PLAYPAUSE, KEY_BRIGHTNESSUP};
+    r.repeat = true;
+    return r;
 }
 
 DeviceRecipe powerButton() {
-    return recipe("Tolvane Test Power Button", BUS_HOST, {}, {KEY_POWER});
+    return {"Tolvane Test Power Button", BUS_HOST, {}, {KEY_POWER}};
 }
 
 DeviceRecipe lidSwitch() {
-    DeviceRecipe s = recipe("Tolvane Test Lid Switch", BUS_HOST, {}, {});
-    s.switches = {SW_LID};
-    return s;
+    DeviceRecipe r{"Tolvane Test Lid Switch", BUS_HOST};
+    r.switches = {SW_LID};
+    return r;
 }
 
 DeviceRecipe keyboardWithTouchpad() {
-    DeviceRecipe s = usbKeyboard("Tolvane Test Keyboard with Touchpad");
-    s.abs = {ABS_X, ABS_Y};
-    s.keys.insert(s.keys.end(), {BTN_LEFT, BTN_TOOL_FINGER, BTN_TOUCH});
-    s.props = {INPUT_PROP_POINTER};
-    s.repeat = false;
-    return s;
+    DeviceRecipe r = usbKeyboard("Tolvane Test Keyboard with Touchpad");
+    r.keys.insert(r.keys.end(), {BTN_LEFT, BTN_TOOL_FINGER, BTN_TOUCH});
+    r.abs = {ABS_X, ABS_Y};
+    r.props = {INPUT_PROP_POINTER};
+    r.repeat = false;
+    return r;
 }
 
 std::unique_ptr<VirtualDevice> VirtualDevice::plug(const DeviceRecipe& recipe) {
@@ -76,24 +67,19 @@ std::unique_ptr<VirtualDevice> VirtualDevice::plug(const DeviceRecipe& recipe) {
     libevdev_set_id_bustype(dev, recipe.bus);
     libevdev_set_id_vendor(dev, 0x7a1e);
     libevdev_set_id_product(dev, 0x0001);
-    for (auto c : recipe.rel) {
-        libevdev_enable_event_code(dev, EV_REL, c, nullptr);
-    }
-    for (auto c : recipe.abs) {
-        const input_absinfo info{0, 0, 4095, 0, 0, 0};
-        libevdev_enable_event_code(dev, EV_ABS, c, &info);
-    }
-    for (auto c : recipe.keys) {
-        libevdev_enable_event_code(dev, EV_KEY, c, nullptr);
-    }
-    for (auto c : recipe.switches) {
-        libevdev_enable_event_code(dev, EV_SW, c, nullptr);
+    const input_absinfo range{0, 0, 4095, 0, 0, 0};
+    for (const auto& [type, codes, data] : {std::tuple{EV_REL, &recipe.rel, (const void*)nullptr},
+                                            {EV_KEY, &recipe.keys, nullptr},
+                                            {EV_ABS, &recipe.abs, &range},
+                                            {EV_SW, &recipe.switches, nullptr}}) {
+        for (auto c : *codes) {
+            libevdev_enable_event_code(dev, type, c, data);
+        }
     }
     for (auto p : recipe.props) {
         libevdev_enable_property(dev, p);
     }
     if (!recipe.keys.empty()) {
-        libevdev_enable_event_type(dev, EV_MSC);
         libevdev_enable_event_code(dev, EV_MSC, MSC_SCAN, nullptr);
     }
     if (recipe.repeat) {
@@ -109,15 +95,8 @@ std::unique_ptr<VirtualDevice> VirtualDevice::plug(const DeviceRecipe& recipe) {
     return std::unique_ptr<VirtualDevice>(new VirtualDevice(device, node ? node : ""));
 }
 
-VirtualDevice::VirtualDevice(libevdev_uinput* device, std::string path)
-    : device(device), nodePath(std::move(path)) {}
-
 VirtualDevice::~VirtualDevice() {
     libevdev_uinput_destroy(device);
-}
-
-std::string VirtualDevice::node() const {
-    return nodePath.substr(nodePath.rfind('/') + 1);
 }
 
 int VirtualDevice::descriptor() const {
@@ -130,8 +109,7 @@ void VirtualDevice::frame(const std::vector<InputEvent>& events) {
         out.push_back(input_event{{}, e.type, e.code, e.value});
     }
     out.push_back(input_event{{}, EV_SYN, SYN_REPORT, 0});
-    [[maybe_unused]] auto n =
-        ::write(libevdev_uinput_get_fd(device), out.data(), out.size() * sizeof(input_event));
+    [[maybe_unused]] auto n = ::write(descriptor(), out.data(), out.size() * sizeof(input_event));
 }
 
 NodeReader::NodeReader(const std::string& path)
@@ -146,15 +124,13 @@ NodeReader::~NodeReader() {
 std::vector<InputEvent> NodeReader::readAll() {
     std::vector<InputEvent> events;
     std::array<input_event, 64> buffer;
-    for (;;) {
-        const ssize_t n = ::read(fd, buffer.data(), sizeof(buffer));
-        if (n <= 0) {
-            return events;
-        }
+    ssize_t n;
+    while ((n = ::read(fd, buffer.data(), sizeof(buffer))) > 0) {
         for (ssize_t i = 0; i < n / ssize_t(sizeof(input_event)); ++i) {
             events.push_back({buffer[i].type, buffer[i].code, buffer[i].value});
         }
     }
+    return events;
 }
 
 std::vector<InputEvent> NodeReader::readWithin(int ms) {
@@ -169,18 +145,16 @@ bool NodeReader::keyDown(std::uint16_t code) const {
     return (bits[code / 8] >> (code % 8)) & 1;
 }
 
-bool NodeReader::tryGrab() {
-    if (::ioctl(fd, EVIOCGRAB, 1) != 0) {
-        return false;
-    }
-    ::ioctl(fd, EVIOCGRAB, 0);
-    return true;
+bool NodeReader::hasType(std::uint16_t type) const {
+    std::array<unsigned char, EV_CNT / 8 + 1> bits{};
+    ::ioctl(fd, EVIOCGBIT(0, bits.size()), bits.data());
+    return (bits[type / 8] >> (type % 8)) & 1;
 }
 
-input_id NodeReader::id() const {
-    input_id id{};
-    ::ioctl(fd, EVIOCGID, &id);
-    return id;
+bool NodeReader::tryGrab() {
+    const bool free = grab();
+    ungrab();
+    return free;
 }
 
 bool NodeReader::grab() {
@@ -191,27 +165,26 @@ void NodeReader::ungrab() {
     ::ioctl(fd, EVIOCGRAB, 0);
 }
 
+input_id NodeReader::id() const {
+    input_id id{};
+    ::ioctl(fd, EVIOCGID, &id);
+    return id;
+}
+
 std::vector<std::string> nodesNamed(const std::string& name,
                                     const std::vector<std::string>& except) {
     std::vector<std::string> found;
     DIR* dir = ::opendir("/dev/input");
-    while (dir) {
-        const dirent* entry = ::readdir(dir);
-        if (!entry) {
-            break;
-        }
+    for (const dirent* entry = dir ? ::readdir(dir) : nullptr; entry; entry = ::readdir(dir)) {
         const std::string path = std::string("/dev/input/") + entry->d_name;
-        if (path.find("/event") == std::string::npos) {
+        if (path.find("/event") == std::string::npos ||
+            std::find(except.begin(), except.end(), path) != except.end()) {
             continue;
         }
-        bool excluded = false;
-        for (const std::string& e : except) {
-            excluded = excluded || e == path;
-        }
-        const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
         std::array<char, 256> buffer{};
+        const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
         if (fd >= 0 && ::ioctl(fd, EVIOCGNAME(buffer.size() - 1), buffer.data()) >= 0 &&
-            name == buffer.data() && !excluded) {
+            name == buffer.data()) {
             found.push_back(path);
         }
         if (fd >= 0) {
@@ -226,11 +199,8 @@ std::vector<std::string> nodesNamed(const std::string& name,
 
 std::vector<InputEvent> withoutSync(const std::vector<InputEvent>& events) {
     std::vector<InputEvent> kept;
-    for (const InputEvent& e : events) {
-        if (e.type != EV_SYN && e.type != EV_MSC) {
-            kept.push_back(e);
-        }
-    }
+    std::copy_if(events.begin(), events.end(), std::back_inserter(kept),
+                 [](const InputEvent& e) { return e.type != EV_SYN && e.type != EV_MSC; });
     return kept;
 }
 

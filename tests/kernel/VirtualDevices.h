@@ -15,11 +15,15 @@ namespace tolvane::kerneltest {
 
 // What a virtual device made through uinput can send.
 struct DeviceRecipe {
+    DeviceRecipe(std::string name, std::uint16_t bus = BUS_USB, std::vector<std::uint16_t> rel = {},
+                 std::vector<std::uint16_t> keys = {})
+        : name(std::move(name)), bus(bus), rel(std::move(rel)), keys(std::move(keys)) {}
+
     std::string name;
-    std::uint16_t bus = 0x03;
+    std::uint16_t bus = BUS_USB;
     std::vector<std::uint16_t> rel;
-    std::vector<std::uint16_t> abs; // ranges 0..4095
     std::vector<std::uint16_t> keys;
+    std::vector<std::uint16_t> abs; // ranges 0..4095
     std::vector<std::uint16_t> switches;
     std::vector<std::uint16_t> props;
     bool repeat = false; // kernel auto-repeat, as real keyboards have
@@ -40,19 +44,20 @@ public:
     ~VirtualDevice();
 
     const std::string& path() const { return nodePath; } // /dev/input/eventN
-    std::string node() const;                            // eventN
+    std::string node() const { return nodePath.substr(nodePath.rfind('/') + 1); }
     int descriptor() const; // uinput's, for writing events without frame()'s copy
 
     // Writes the events and then a SYN_REPORT.
     void frame(const std::vector<InputEvent>& events);
-    void key(std::uint16_t code, int value) { frame({{0x01, code, value}}); }
+    void key(std::uint16_t code, int value) { frame({{EV_KEY, code, value}}); }
     void tap(std::uint16_t code) {
         key(code, 1);
         key(code, 0);
     }
 
 private:
-    VirtualDevice(libevdev_uinput* device, std::string path);
+    VirtualDevice(libevdev_uinput* device, std::string path)
+        : device(device), nodePath(std::move(path)) {}
     libevdev_uinput* device;
     std::string nodePath;
 };
@@ -70,10 +75,11 @@ public:
     std::vector<InputEvent> readWithin(int ms);
     // EVIOCGKEY: note that it also drops the key events still queued for this reader.
     bool keyDown(std::uint16_t code) const;
+    bool hasType(std::uint16_t type) const; // EVIOCGBIT(0)
     bool tryGrab(); // true when nobody else holds the device; released again at once
     bool grab();    // held until ungrab()
-    input_id id() const;
     void ungrab();
+    input_id id() const;
     int descriptor() const { return fd; }
 
 private:

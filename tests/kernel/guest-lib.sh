@@ -1,7 +1,12 @@
 # shellcheck shell=bash disable=SC2154
-# Helpers shared by the scripts that boot a stock Debian kernel under qemu: the host tools,
-# the kernel cache and the boot itself. Sourced, not run. The caller sets `work` (its build
-# folder), `cache` (the kernel cache) and `tier` (the word that starts its failure lines).
+# The one way to boot a stock Debian kernel under qemu with given programs, used by the kernel
+# tier, the lock session and the wheel benchmark. Sourced, not run. The caller sets `work`
+# (its build folder) and `tier` (the word that starts its failure lines), then:
+#   prepare_guest; start_guest_root ROOT; add_static / add_dynamic / add_tree / add_x_session;
+#   boot_guest ROOT MEMORY_MB SECONDS COMMANDS; guest_result
+# The guest makes its virtual devices itself, through uinput. The kernel (vmlinux, config,
+# evdev.ko, uinput.ko) is cached in $TOLVANE_KERNEL_CACHE (default ~/.cache/tolvane-kernel).
+cache=${TOLVANE_KERNEL_CACHE:-$HOME/.cache/tolvane-kernel}
 
 fail() {
     echo "$tier tier: $*" >&2
@@ -74,47 +79,105 @@ prepare_guest() {
     ) 8>"${cache%/}.lock"
 }
 
-# A busybox root in DIR: the shell and its applets, the two input modules, the usual mount
-# points. The caller adds its programs and an /init.
+# A busybox root in ROOT with the two input modules; the programs are added after.
 start_guest_root() {
-    local root=$1
-    rm -rf "$root"
-    mkdir -p "$root"/{bin,sbin,usr/bin,usr/sbin,proc,sys,dev,tmp,lib}
-    cp /bin/busybox "$root/bin/busybox"
-    cp "$cache/evdev.ko" "$cache/uinput.ko" "$root/lib/"
+    rm -rf "$1"
+    mkdir -p "$1"/{bin,sbin,usr/bin,usr/sbin,proc,sys,dev,tmp,lib,lib64}
+    cp /bin/busybox "$1/bin/busybox"
+    cp "$cache/evdev.ko" "$cache/uinput.ko" "$1/lib/"
 }
 
-# write_init ROOT COMMANDS: the guest's /init, which mounts proc, sysfs and devtmpfs, loads the
-# two input modules, says it has started, runs COMMANDS and powers the guest off.
-write_init() {
-    {
-        cat <<'INIT'
+# add_static ROOT FILE...: statically linked programs, to /bin.
+add_static() {
+    local root=$1
+    shift
+    cp "$@" "$root/bin/"
+}
+
+# add_dynamic ROOT FILE DESTINATION: a program or plugin with the libraries it loads, as ldd
+# resolves them (LD_LIBRARY_PATH included), in the folder where the loader looks without a cache.
+add_dynamic() {
+    local root=$1 libdir=$1/usr/lib/x86_64-linux-gnu library
+    mkdir -p "$root/$(dirname "$3")" "$libdir"
+    cp -L "$2" "$root/$3"
+    [ -e "$root/lib/x86_64-linux-gnu" ] || ln -s ../usr/lib/x86_64-linux-gnu "$root/lib/x86_64-linux-gnu"
+    [ -e "$root/lib64/ld-linux-x86-64.so.2" ] || cp -L /lib64/ld-linux-x86-64.so.2 "$root/lib64/"
+    for library in $(ldd "$2" | awk '$2 == "=>" && $3 ~ /^\// {print $3}'); do
+        [ -e "$libdir/${library##*/}" ] || cp -L "$library" "$libdir/"
+    done
+}
+
+# add_tree ROOT PATH...: files and folders at the same place in the root.
+add_tree() {
+    local root=$1 path
+    shift
+    for path in "$@"; do
+        mkdir -p "$root/$(dirname "$path")"
+        cp -rL "$path" "$root/$path"
+    done
+}
+
+# What a Qt program on Xvfb needs: the xcb and SVG plugins, fonts, keymaps, locale tables, the
+# session bus settings and a root user.
+add_x_session() {
+    local root=$1 plugins=/usr/lib/x86_64-linux-gnu/qt6/plugins plugin
+    for plugin in platforms/libqxcb.so imageformats/libqsvg.so iconengines/libqsvgicon.so; do
+        add_dynamic "$root" "$plugins/$plugin" "$plugins/$plugin"
+    done
+    add_tree "$root" /etc/fonts /usr/share/fonts/truetype/dejavu /usr/share/X11/xkb \
+        /usr/share/X11/locale /usr/share/dbus-1/session.conf
+    [ -e /usr/lib/xorg/protocol.txt ] && add_tree "$root" /usr/lib/xorg/protocol.txt
+    mkdir -p "$root/etc" "$root/var/lib/xkb" "$root/root"
+    echo 'root:x:0:0:root:/root:/bin/sh' >"$root/etc/passwd"
+    echo 'root:x:0:' >"$root/etc/group"
+    echo 0123456789abcdef0123456789abcdef >"$root/etc/machine-id"
+}
+
+# boot_guest ROOT MEMORY_MB SECONDS COMMANDS: the guest's /init mounts the kernel's file
+# systems, loads the input modules, runs COMMANDS and prints their status as its result line.
+# The serial log goes to $work/guest.log, a cleaned copy to $work/guest.txt. Fails unless
+# the guest began. GUEST_PACK=plain leaves the initramfs uncompressed (for a large root).
+boot_guest() {
+    local root=$1 image=$work/initramfs.cpio started=$SECONDS status=0 log=$work/guest.log
+    cat >"$root/init" <<INIT
 #!/bin/busybox sh
 /bin/busybox --install -s
 mount -t proc proc /proc
 mount -t sysfs sysfs /sys
 mount -t devtmpfs devtmpfs /dev
+mount -t tmpfs tmpfs /tmp
+mkdir -p /dev/shm /dev/pts && mount -t tmpfs tmpfs /dev/shm && mount -t devpts devpts /dev/pts
 insmod /lib/evdev.ko
 insmod /lib/uinput.ko
 echo "TOLVANE-GUEST: start"
+$4
+echo "TOLVANE-GUEST: result \$?"
+poweroff -f
 INIT
-        printf '%s\n' "$2" 'poweroff -f'
-    } >"$1/init"
-    chmod +x "$1/init"
-}
-
-# boot_guest INITRAMFS MEMORY_MB SECONDS: boots, writes the serial log to $work/guest.log and
-# a cleaned copy to $work/guest.txt, and fails unless the guest's /init began.
-boot_guest() {
-    local started=$SECONDS status=0 log=$work/guest.log
+    chmod +x "$root/init"
+    if [ "${GUEST_PACK:-gzip}" = plain ]; then
+        (cd "$root" && find . | cpio -o -H newc -R 0:0 --quiet >"$image")
+    else
+        image=$image.gz
+        (cd "$root" && find . | cpio -o -H newc -R 0:0 --quiet | gzip -1 >"$image")
+    fi
+    rm -rf "$root"
     timeout "$3" qemu-system-x86_64 -accel tcg -cpu max -smp 1 -m "$2" -nographic -no-reboot \
         -nodefaults -serial stdio -monitor none -kernel "$cache/vmlinux" \
-        -initrd "$1" -append "console=ttyS0 quiet panic=-1" \
+        -initrd "$image" -append "console=ttyS0 quiet panic=-1" \
         >"$log" 2>"$work/qemu.err" </dev/null || status=$?
+    rm -f "$image"
     echo "guest ran for $((SECONDS - started)) s"
     # SeaBIOS and the console leave carriage returns and escape sequences in the log.
     sed -e 's/\r$//' -e 's/\x1b\[[0-9;?]*[A-Za-z]//g' "$log" >"$work/guest.txt"
-    if ! grep -q 'TOLVANE-GUEST: start' "$work/guest.txt"; then
+    grep -q 'TOLVANE-GUEST: start' "$work/guest.txt" ||
         fail "qemu did not start the guest (status $status): $(head -c 300 "$work/qemu.err" | tr '\n' ' ')"
-    fi
+}
+
+# The status of the guest's COMMANDS; fails when the guest ended without one.
+guest_result() {
+    local result
+    result=$(sed -n 's/.*TOLVANE-GUEST: result \([0-9]*\)$/\1/p' "$work/guest.txt")
+    [ -n "$result" ] || fail "the guest ended without a result line (see $work/guest.txt)"
+    echo "$result"
 }
