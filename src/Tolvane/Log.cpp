@@ -20,7 +20,7 @@ platform::SystemLog* systemLogSink = nullptr;
 // writes fail quietly from then on.
 const QString& logFile() {
     static const QString path = [] {
-        const QString file = QString::fromStdString(oslinux::logFile());
+        QString file = QString::fromStdString(oslinux::logFile());
         QDir().mkpath(QFileInfo(file).path());
         return file;
     }();

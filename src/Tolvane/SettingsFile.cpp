@@ -9,7 +9,7 @@ namespace tolvane {
 namespace {
 
 // The file is two short lines; a larger one is not Tolvane's and is not read whole.
-constexpr qint64 largestFile = 64 * 1024;
+constexpr qint64 largestFile = qint64(64) * 1024;
 
 bool readPlain(QIODevice& device, QSettings::SettingsMap& map) {
     const QByteArray bytes = device.read(largestFile);

@@ -52,16 +52,24 @@ std::string settingsText(const SettingsEntries& entries) {
         const std::string group =
             slash == std::string::npos ? std::string(generalGroup) : fullKey.substr(0, slash);
         const std::string key = slash == std::string::npos ? fullKey : fullKey.substr(slash + 1);
-        groups[group] += key + '=' + value + '\n';
+        std::string& lines = groups[group];
+        lines += key;
+        lines += '=';
+        lines += value;
+        lines += '\n';
     }
     std::string text;
     const auto general = groups.find(std::string(generalGroup));
     if (general != groups.end()) {
-        text += "[General]\n" + general->second;
+        text += "[General]\n";
+        text += general->second;
         groups.erase(general);
     }
     for (const auto& [group, lines] : groups) {
-        text += (text.empty() ? "[" : "\n[") + group + "]\n" + lines;
+        text += text.empty() ? "[" : "\n[";
+        text += group;
+        text += "]\n";
+        text += lines;
     }
     return text;
 }

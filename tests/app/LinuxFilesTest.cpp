@@ -3,8 +3,8 @@
 #include "platform/linux/AutostartLoginRegistration.h"
 #include "platform/linux/DesktopScrollSetting.h"
 #include "platform/linux/SingleInstanceLock.h"
-#include "support/AppHarness.h"
 #include "platform/linux/UserFolders.h"
+#include "support/AppHarness.h"
 #include "support/FakePlatform.h"
 
 #include <QDir>
@@ -15,8 +15,8 @@
 
 #include <gtest/gtest.h>
 
-#include <sys/stat.h>
 #include <pwd.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 

@@ -10,10 +10,9 @@
 
 namespace tolvane::oslinux {
 
-LinuxInput::LinuxInput(std::string deviceRoot)
+LinuxInput::LinuxInput(const std::string& deviceRoot)
     : loop(std::make_unique<QtEventLoop>()),
-      layer(std::make_unique<InputLayer>(*loop, std::move(deviceRoot), std::chrono::seconds(10),
-                                         logFile())),
+      layer(std::make_unique<InputLayer>(*loop, deviceRoot, std::chrono::seconds(10), logFile())),
       session(std::make_unique<LogindSession>(
           [this](bool active) { layer->router().setSessionActive(active); })) {}
 

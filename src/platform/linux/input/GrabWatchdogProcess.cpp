@@ -79,7 +79,7 @@ void WatchdogProcess::run() {
             wait =
                 int(std::max<long>(0, std::chrono::ceil<std::chrono::milliseconds>(next).count()));
         }
-        if (::poll(fds, nfds_t(1 + watched), wait) < 0 && errno != EINTR) {
+        if (::poll(fds, nfds_t(1) + nfds_t(watched), wait) < 0 && errno != EINTR) {
             ::_exit(1);
         }
         if (fds[0].revents & (POLLHUP | POLLERR | POLLNVAL)) {
