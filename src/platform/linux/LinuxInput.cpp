@@ -8,9 +8,9 @@
 
 namespace tolvane::oslinux {
 
-LinuxInput::LinuxInput(std::string deviceRoot)
+LinuxInput::LinuxInput(const std::string& deviceRoot)
     : loop(std::make_unique<QtEventLoop>()),
-      layer(std::make_unique<InputLayer>(*loop, std::move(deviceRoot))) {}
+      layer(std::make_unique<InputLayer>(*loop, deviceRoot)) {}
 
 LinuxInput::~LinuxInput() {
     layer.reset();

@@ -16,7 +16,7 @@ class InputLayer;
 // and the keyboard grab, sharing one discovery of the event nodes under deviceRoot/input.
 class LinuxInput {
 public:
-    explicit LinuxInput(std::string deviceRoot = "/dev");
+    explicit LinuxInput(const std::string& deviceRoot = "/dev");
     ~LinuxInput();
 
     LinuxInput(const LinuxInput&) = delete;
