@@ -195,6 +195,9 @@ void AppDelegate::openMenuWindow(bool noTray) {
                : QPoint();
     menu->popup(centred);
     menu->activateWindow();
+    // A window manager may map the window after Qt drew it; drawn again once shown, no part of
+    // it stays empty.
+    QTimer::singleShot(250, menu, [menu] { menu->repaint(); });
 }
 
 } // namespace tolvane
