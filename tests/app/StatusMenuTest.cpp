@@ -6,6 +6,7 @@
 #include <QMessageBox>
 #include <QPointer>
 #include <QSignalSpy>
+#include <QSystemTrayIcon>
 #include <QTest>
 #include <QTimer>
 #include <QWidgetAction>
@@ -182,6 +183,38 @@ TEST_F(StatusMenu, TheSamplerRunsOnlyWhileAMenuOrThePanelWindowShows) {
     tick();
     EXPECT_FALSE(stats.isSampling());
     EXPECT_EQ(fakes().host.samples, before + 3);
+}
+
+// A click on the tray icon opens the menu, a middle click nothing. The panel window that
+// "Open Tolvane" brings is never doubled, closes when another window takes the focus, and goes
+// when the keyboard cleaning starts from it.
+TEST_F(StatusMenu, TheTrayIconOpensTheMenuAndThePanelWindowClosesLikeOne) {
+    launch(true);
+    emit delegate->trayIcon()->activated(QSystemTrayIcon::MiddleClick);
+    EXPECT_FALSE(delegate->menu()->isVisible());
+    emit delegate->trayIcon()->activated(QSystemTrayIcon::Trigger);
+    EXPECT_TRUE(delegate->menu()->isVisible());
+    delegate->menu()->hide();
+
+    itemNamed(delegate->hostDrawnMenu(), "Open Tolvane")->trigger();
+    QPointer<QMenu> window = delegate->menuWindow();
+    ASSERT_TRUE(window && QTest::qWaitForWindowActive(window));
+    delegate->openMenu(); // as a second start asks
+    EXPECT_EQ(delegate->menuWindow(), window);
+    QWidget other;
+    other.show();
+    other.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&other));
+    EXPECT_TRUE(!window || !window->isVisible());
+
+    delegate->openMenu();
+    window = delegate->menuWindow();
+    ASSERT_TRUE(window && QTest::qWaitForWindowActive(window));
+    QWidget* row = rowOf(window->actions()[2]);
+    QTest::mouseClick(
+        window->windowHandle(), Qt::LeftButton, {},
+        row->mapTo(window, dynamic_cast<CleanKeyboardRow*>(row)->buttonRect().center().toPoint()));
+    EXPECT_TRUE(!window || !window->isVisible());
 }
 
 TEST_F(StatusMenu, AClickOnTheCleanRowClosesTheMenuThenLocksTheKeyboard) {
