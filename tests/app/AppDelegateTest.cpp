@@ -237,7 +237,7 @@ TEST_F(PermissionFlow, PollingRetriesQuietlyOutsideModalsUntilTheTapStarts) {
     settle(150);
     EXPECT_TRUE(recorder().matching("scrollTap.").empty()) << "a try under an open menu";
     menu->hide();
-    settle(150);
+    settle(200);
     EXPECT_GE(recorder().matching("scrollTap.create -> false").size(), 2u);
     EXPECT_TRUE(recorder().matching("log: ").empty());
 
