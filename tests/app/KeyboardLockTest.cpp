@@ -1,13 +1,16 @@
 #include "Tolvane/KeyboardLock.h"
 #include "Tolvane/CleaningOverlay.h"
 #include "Tolvane/Log.h"
+#include "Tolvane/ScreenBackdrop.h"
 #include "Tolvane/UnlockButton.h"
 #include "support/AppHarness.h"
-#include "support/Screens.h"
+#include "support/Views.h"
 
 #include <QGuiApplication>
+#include <QPainter>
 #include <QPointer>
 #include <QScreen>
+#include <QShortcut>
 #include <QTest>
 
 #include <gtest/gtest.h>
@@ -16,6 +19,132 @@
 
 namespace tolvane::testing {
 namespace {
+
+QImage filled(QSize size, QColor colour) {
+    QImage image(size, QImage::Format_ARGB32_Premultiplied);
+    image.fill(colour);
+    return image;
+}
+
+// One overlay of 1000 by 700 counting its unlock calls.
+class Overlay : public ::testing::Test {
+protected:
+    void make(QImage backdrop, bool shown = false) {
+        overlay = std::make_unique<CleaningOverlay>([this] { ++unlocks; }, std::move(backdrop));
+        overlay->setAttribute(Qt::WA_TranslucentBackground);
+        overlay->setGeometry(0, 0, 1000, 700);
+        if (shown) {
+            overlay->show();
+            overlay->activateWindow();
+            ASSERT_TRUE(QTest::qWaitForWindowActive(overlay.get()));
+        }
+    }
+    // The overlay and its children painted onto a transparent picture, as its window shows it.
+    QImage picture() {
+        QImage image = filled(overlay->size(), Qt::transparent);
+        overlay->render(&image, QPoint(), QRegion(), QWidget::DrawChildren);
+        return image;
+    }
+    UnlockButton& button() { return *overlay->unlockButton(); }
+    QPoint capsuleCentre() { return button().capsuleRect().center().toPoint(); }
+
+    std::unique_ptr<CleaningOverlay> overlay;
+    int unlocks = 0;
+};
+
+TEST_F(Overlay, DarkensTheBlurredScreenPictureOrWithoutOneIsASeeThroughLayer) {
+    QImage screen = filled(QSize(1000, 700), QColor(200, 40, 40));
+    QPainter(&screen).fillRect(500, 0, 500, 700, QColor(40, 40, 200));
+    make(blurredBackdrop(screen));
+    QImage shot = picture();
+    // Far from the seam each half keeps its hue, darker; at the seam the blur mixes both.
+    const QColor left = shot.pixelColor(40, 40), right = shot.pixelColor(960, 660);
+    EXPECT_TRUE(left.red() < 200 && left.red() > 3 * left.blue() && left.alpha() == 255);
+    EXPECT_TRUE(right.blue() < 200 && right.blue() > 3 * right.red());
+    EXPECT_TRUE(shot.pixelColor(500, 40).red() > 45 && shot.pixelColor(500, 40).blue() > 45);
+    EXPECT_EQ(overlay->clockText(), "00:00");
+
+    make(QImage());
+    shot = picture();
+    for (QPoint p : {QPoint(0, 0), QPoint(999, 699), QPoint(40, 650)}) {
+        const QColor c = shot.pixelColor(p);
+        EXPECT_TRUE(c.alpha() > 40 && c.alpha() < 160 && c.black() > 200) << "a dark veil";
+    }
+    // On a screen 420 px wide the column keeps 48 px clear at each side: its texts wrap, and
+    // nothing of them is lost.
+    const auto ink = [](const QImage& image, const QRect& area) {
+        int count = 0;
+        for (int y = area.top(); y <= area.bottom(); ++y) {
+            for (int x = area.left(); x <= area.right(); ++x) {
+                const QColor c = image.pixelColor(x, y);
+                count += std::max({std::abs(c.alpha() - 89), c.red(), c.green(), c.blue()}) > 1;
+            }
+        }
+        return count;
+    };
+    const int wide = ink(shot, shot.rect());
+    overlay->setGeometry(0, 0, 420, 700);
+    const QImage narrow = picture();
+    EXPECT_EQ(ink(narrow, QRect(0, 0, 48, 700)), 0);
+    EXPECT_EQ(ink(narrow, QRect(420 - 48, 0, 48, 700)), 0);
+    EXPECT_NEAR(ink(narrow, narrow.rect()), wide, wide / 20);
+}
+
+// The hover ease is driven through Qt's animation clock, with no waiting.
+TEST_F(Overlay, HoverGrowsTheCapsuleAndItsGlowAndLeavingRestoresTheRestingLook) {
+    AnimationClock clock;
+    make(filled(QSize(100, 70), Qt::black), true);
+    const QRectF capsule = button().capsuleRect();
+    const QRect around = QRect(button().mapTo(overlay.get(), QPoint(0, 0)), button().size());
+    const QImage resting = picture().copy(around);
+    QTest::mouseMove(&button(), capsuleCentre());
+    ASSERT_TRUE(button().hovering());
+    clock.advance(300);
+    const QImage hovered = picture().copy(around);
+    // The capsule grows past its resting right end.
+    const QPoint pastEnd(int(capsule.right()) + 2, int(capsule.center().y()));
+    EXPECT_GT(hovered.pixelColor(pastEnd).blue(), resting.pixelColor(pastEnd).blue() + 60);
+    QTest::mouseMove(overlay.get(), QPoint(20, 20));
+    EXPECT_FALSE(button().hovering());
+    clock.advance(300);
+    EXPECT_EQ(picture().copy(around), resting);
+}
+
+TEST_F(Overlay, OnlyACompletedClickOnTheCapsuleUnlocksAndNoKeyOrShortcutDoesAnything) {
+    QWidget elsewhere;
+    int quits = 0;
+    QShortcut quit(QKeySequence(QStringLiteral("Ctrl+Q")), &elsewhere);
+    quit.setContext(Qt::ApplicationShortcut);
+    QObject::connect(&quit, &QShortcut::activated, [&quits] { ++quits; });
+    elsewhere.show();
+    elsewhere.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&elsewhere));
+    QTest::keyClick(&elsewhere, Qt::Key_Q, Qt::ControlModifier);
+    ASSERT_EQ(quits, 1) << "the shortcut works outside the overlay";
+
+    make(QImage(), true);
+    for (QWidget* target :
+         std::initializer_list<QWidget*>{overlay.get(), overlay->unlockButton()}) {
+        for (Qt::Key key : {Qt::Key_Return, Qt::Key_Enter, Qt::Key_Space, Qt::Key_Escape,
+                            Qt::Key_Tab, Qt::Key_U, Qt::Key_VolumeUp}) {
+            QTest::keyClick(target, key);
+        }
+        QTest::keyClick(target, Qt::Key_Q, Qt::ControlModifier);
+        QTest::keyClick(target, Qt::Key_F4, Qt::AltModifier);
+    }
+    EXPECT_EQ(quits, 1);
+    EXPECT_TRUE(overlay->isVisible());
+    EXPECT_FALSE(button().hasFocus());
+
+    QTest::mouseClick(overlay.get(), Qt::LeftButton, {}, QPoint(30, 30));
+    QTest::mouseClick(overlay.get(), Qt::LeftButton, {}, overlay->clockArea().center());
+    QTest::mouseClick(&button(), Qt::LeftButton, {}, QPoint(4, 4)); // in the glow, off the capsule
+    QTest::mousePress(&button(), Qt::LeftButton, {}, capsuleCentre());
+    QTest::mouseRelease(&button(), Qt::LeftButton, {}, QPoint(2, 2)); // released off it
+    EXPECT_EQ(unlocks, 0);
+    QTest::mouseClick(&button(), Qt::LeftButton, {}, capsuleCentre());
+    EXPECT_EQ(unlocks, 1);
+}
 
 using Journal = std::vector<std::string>;
 const std::string locked = "log: Tolvane: keyboard lock: locked";
@@ -37,7 +166,7 @@ protected:
     void TearDown() override {
         lock.reset();
         settle();
-        restoreOffscreenScreens();
+        setOffscreenScreens({});
         Log::setSystemLog(nullptr);
     }
     const Journal& journal() const { return fakes.recorder.calls; }
@@ -60,11 +189,9 @@ TEST_F(LockTest, LockGrabsCoversTheScreenLogsAndTellsOnceAndUnlockUndoesIt) {
     const QList<CleaningOverlay*> overlays = overlayWindows();
     ASSERT_EQ(overlays.size(), 1);
     const QPointer<CleaningOverlay> overlay = overlays[0];
-    EXPECT_TRUE(overlay->isVisible());
-    EXPECT_EQ(overlay->geometry(), QGuiApplication::primaryScreen()->geometry());
+    EXPECT_EQ(overlay->geometry(), mainScreen);
     EXPECT_TRUE(overlay->windowFlags().testFlags(
         Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint | Qt::X11BypassWindowManagerHint));
-    EXPECT_TRUE(overlay->testAttribute(Qt::WA_TranslucentBackground));
     EXPECT_TRUE(QTest::qWaitForWindowActive(overlay));
 
     fakes.recorder.clear();
@@ -75,9 +202,11 @@ TEST_F(LockTest, LockGrabsCoversTheScreenLogsAndTellsOnceAndUnlockUndoesIt) {
     EXPECT_EQ(journal(), (Journal{"keyboard.release", unlocked, "onChange(false) with 0 shown"}));
     settle();
     EXPECT_TRUE(overlay.isNull());
-
     ASSERT_TRUE(lock->lock()); // new windows
-    ASSERT_EQ(overlayWindows(true).size(), 1);
+    EXPECT_EQ(overlayWindows(true).size(), 1);
+    const QPointer<CleaningOverlay> second = overlayWindows().value(0);
+    lock.reset();
+    EXPECT_TRUE(second.isNull()) << "a locked lock takes its windows with it";
 }
 
 TEST_F(LockTest, ARefusedGrabLogsReturnsFalseAndShowsNothingEachTime) {
@@ -89,72 +218,42 @@ TEST_F(LockTest, ARefusedGrabLogsReturnsFalseAndShowsNothingEachTime) {
     EXPECT_EQ(journal(),
               (Journal{"keyboard.grab -> false", refused, "keyboard.grab -> false", refused}));
     EXPECT_TRUE(overlayWindows().isEmpty());
-
-    fakes.keyboard.grantable = true;
-    lock->onChange = nullptr;
-    EXPECT_TRUE(lock->lock());
-    EXPECT_EQ(overlayWindows(true).size(), 1);
 }
 
-TEST_F(LockTest, TheButtonOfTheSecondOfTwoScreensUnlocksAndRemovesBoth) {
-    ASSERT_TRUE(setOffscreenScreens({{QString(), mainScreen}, {"right", {800, 100, 1024, 640}}}));
+// Each screen has its overlay, whose button unlocks all; a screen that comes, goes or changes
+// size while locked gets, loses or resizes its own, without a log line or a change told.
+TEST_F(LockTest, OverlaysFollowTheScreensWhileLockedAndAnyButtonUnlocksAll) {
+    ASSERT_TRUE(setOffscreenScreens({{QString(), mainScreen}, {"other", {0, 800, 640, 480}}}));
+    settle();
+    EXPECT_TRUE(overlayWindows().isEmpty()) << "a screen that came while unlocked";
     ASSERT_TRUE(lock->lock());
-    const QList<CleaningOverlay*> overlays = overlayWindows(true);
-    ASSERT_EQ(overlays.size(), 2);
-    for (int i = 0; i < 2; ++i) {
+    ASSERT_EQ(overlayWindows(true).size(), 2);
+    const QRect side(800, 0, 640, 480);
+    fakes.recorder.clear();
+    ASSERT_TRUE(setOffscreenScreens(
+        {{QString(), mainScreen}, {"other", {0, 800, 640, 480}}, {"side", side}}));
+    QList<CleaningOverlay*> overlays = overlayWindows(true);
+    ASSERT_EQ(overlays.size(), 3);
+    for (int i = 0; i < 3; ++i) {
         EXPECT_EQ(overlays[i]->screen(), QGuiApplication::screens()[i]);
         EXPECT_EQ(overlays[i]->geometry(), QGuiApplication::screens()[i]->geometry());
     }
-    fakes.recorder.clear();
+    const QPointer<CleaningOverlay> sideOverlay = overlays[2];
+    const QRect larger(0, 0, 1280, 1024);
+    ASSERT_TRUE(setOffscreenScreens({{QString(), larger}, {"other", {0, 1024, 640, 480}}}));
+    settle();
+    EXPECT_TRUE(sideOverlay.isNull());
+    overlays = overlayWindows(true);
+    ASSERT_EQ(overlays.size(), 2);
+    EXPECT_EQ(overlays[0]->geometry(), larger);
+    EXPECT_TRUE(lock->locked());
+    EXPECT_TRUE(journal().empty());
+
     clickUnlockOn(overlays[1]);
     EXPECT_FALSE(lock->locked());
     EXPECT_EQ(journal(), (Journal{"keyboard.release", unlocked, "onChange(false) with 0 shown"}));
     settle();
     EXPECT_TRUE(overlayWindows().isEmpty());
-}
-
-TEST_F(LockTest, OverlaysFollowScreensThatComeGoOrChangeSizeWhileLocked) {
-    ASSERT_TRUE(lock->lock());
-    fakes.recorder.clear();
-    const QRect side(800, 0, 640, 480);
-    ASSERT_TRUE(setOffscreenScreens({{QString(), mainScreen}, {"side", side}}));
-    const QList<CleaningOverlay*> overlays = overlayWindows(true);
-    ASSERT_EQ(overlays.size(), 2);
-    EXPECT_EQ(overlays[1]->geometry(), side);
-    EXPECT_EQ(overlays[1]->screen()->name(), "side");
-    const QPointer<CleaningOverlay> sideOverlay = overlays[1];
-    const QPointer<CleaningOverlay> mainOverlay = overlays[0];
-
-    const QRect larger(0, 0, 1280, 1024);
-    ASSERT_TRUE(setOffscreenScreens({{QString(), larger}}));
-    settle();
-    EXPECT_TRUE(sideOverlay.isNull());
-    EXPECT_EQ(overlayWindows(true), QList<CleaningOverlay*>{mainOverlay});
-    EXPECT_EQ(mainOverlay->geometry(), larger);
-    EXPECT_TRUE(lock->locked());
-    EXPECT_TRUE(journal().empty()) << "screens come and go without a log line or onChange";
-
-    clickUnlockOn(mainOverlay);
-    settle();
-    EXPECT_TRUE(overlayWindows().isEmpty());
-    EXPECT_FALSE(lock->locked());
-}
-
-TEST_F(LockTest, ScreensThatComeWhileUnlockedGetNothing) {
-    ASSERT_TRUE(setOffscreenScreens({{QString(), mainScreen}, {"side", {800, 0, 640, 480}}}));
-    EXPECT_TRUE(overlayWindows().isEmpty());
-    ASSERT_TRUE(lock->lock());
-    lock->unlock();
-    ASSERT_TRUE(setOffscreenScreens({{QString(), mainScreen}, {"other", {0, 800, 640, 480}}}));
-    settle();
-    EXPECT_TRUE(overlayWindows().isEmpty());
-}
-
-TEST_F(LockTest, DestroyingALockedLockTakesItsWindowsWithIt) {
-    ASSERT_TRUE(lock->lock());
-    const QPointer<CleaningOverlay> window = overlayWindows().value(0);
-    lock.reset();
-    EXPECT_TRUE(window.isNull());
 }
 
 } // namespace

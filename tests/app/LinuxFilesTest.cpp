@@ -2,15 +2,18 @@
 #include "Tolvane/Log.h"
 #include "platform/linux/AutostartLoginRegistration.h"
 #include "platform/linux/DesktopScrollSetting.h"
+#include "platform/linux/GSettingsScrollSetting.h"
+#include "platform/linux/ProcHostStatistics.h"
 #include "platform/linux/SingleInstanceLock.h"
 #include "platform/linux/UserFolders.h"
 #include "support/AppHarness.h"
-#include "support/FakePlatform.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QProcess>
 #include <QRegularExpression>
+#include <QStandardPaths>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -23,51 +26,45 @@
 namespace tolvane::testing {
 namespace {
 
+// Files of the user's own, in a configuration folder of the test's making.
 class ConfigHome : public ::testing::Test {
 protected:
-    void SetUp() override {
-        saved = qgetenv("XDG_CONFIG_HOME");
-        qputenv("XDG_CONFIG_HOME", folder.path().toUtf8());
-    }
+    void SetUp() override { qputenv("XDG_CONFIG_HOME", folder.path().toUtf8()); }
     void TearDown() override { qputenv("XDG_CONFIG_HOME", saved); }
 
-    QString entry() const { return folder.path() + "/autostart/tolvane.desktop"; }
+    void write(const QString& name, const char* text) {
+        QDir().mkpath(QFileInfo(folder.filePath(name)).path());
+        QFile file(folder.filePath(name));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(text);
+    }
 
     QTemporaryDir folder;
-    QByteArray saved;
+    const QByteArray saved = qgetenv("XDG_CONFIG_HOME");
 };
 
 TEST_F(ConfigHome, RegisteringWritesAnEntryThatReadsBackAsEnabledAndReplacesAHiddenOne) {
-    QDir().mkpath(folder.path() + "/autostart");
-    QFile hidden(entry());
-    ASSERT_TRUE(hidden.open(QIODevice::WriteOnly));
-    hidden.write("[Desktop Entry]\nExec=tolvane\nHidden=true\n");
-    hidden.close();
+    write("autostart/tolvane.desktop", "[Desktop Entry]\nExec=tolvane\nHidden=true\n");
     oslinux::AutostartLoginRegistration login("/usr/bin/tolvane");
     EXPECT_FALSE(login.isEnabled());
     std::string failure;
     ASSERT_TRUE(login.setEnabled(true, failure)) << failure;
     EXPECT_TRUE(login.isEnabled());
-    EXPECT_EQ(QDir(folder.path() + "/autostart").entryList(QDir::Files),
+    EXPECT_EQ(QDir(folder.filePath("autostart")).entryList(QDir::Files),
               QStringList{"tolvane.desktop"});
     ASSERT_TRUE(login.setEnabled(false, failure));
-    EXPECT_FALSE(QFileInfo::exists(entry()));
+    EXPECT_FALSE(QFileInfo::exists(folder.filePath("autostart/tolvane.desktop")));
     EXPECT_FALSE(login.isEnabled());
     EXPECT_TRUE(login.setEnabled(false, failure)) << "removing an absent entry is no failure";
-}
 
-TEST_F(ConfigHome, AFolderThatCannotBeMadeIsAFailureWithADescription) {
-    QFile blocker(folder.path() + "/autostart");
-    ASSERT_TRUE(blocker.open(QIODevice::WriteOnly)); // a file where the folder should be
-    blocker.close();
-    oslinux::AutostartLoginRegistration login("/usr/bin/tolvane");
-    std::string failure;
+    QDir(folder.filePath("autostart")).removeRecursively();
+    write("autostart", ""); // a file where the folder should be
     EXPECT_FALSE(login.setEnabled(true, failure));
     EXPECT_FALSE(failure.empty());
     EXPECT_FALSE(login.isEnabled());
 }
 
-// Catches a path of its own making: today's Qt takes "/" for a missing HOME.
+// Today's Qt takes "/" for a missing HOME; the account's home is the one to use.
 TEST_F(ConfigHome, WithoutHomeTheAccountsHomeHoldsSettingsLogAndAutostart) {
     const QByteArray home = qgetenv("HOME"), state = qgetenv("XDG_STATE_HOME");
     for (const char* name : {"HOME", "XDG_CONFIG_HOME", "XDG_STATE_HOME"}) {
@@ -83,14 +80,7 @@ TEST_F(ConfigHome, WithoutHomeTheAccountsHomeHoldsSettingsLogAndAutostart) {
     qputenv("XDG_STATE_HOME", state);
 }
 
-// Catches a desktop's file looked for in the wrong place.
 TEST_F(ConfigHome, KdeAndXfceSettingsAreReadFromTheirOwnFiles) {
-    const auto write = [this](const QString& name, const char* text) {
-        QDir().mkpath(QFileInfo(folder.filePath(name)).path());
-        QFile file(folder.filePath(name));
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(text);
-    };
     write("kcminputrc", "[Mouse]\nXLbInptNaturalScroll=true\n");
     write("xfce4/xfconf/xfce-perchannel-xml/pointers.xml",
           "<channel name=\"pointers\"><property name=\"M\" type=\"empty\"><property "
@@ -103,22 +93,15 @@ TEST_F(ConfigHome, KdeAndXfceSettingsAreReadFromTheirOwnFiles) {
     qputenv("XDG_CURRENT_DESKTOP", desktop);
 }
 
-class LogFile : public ::testing::Test {
-protected:
-    void SetUp() override { Log::setSystemLog(&fakes.systemLog); }
-    void TearDown() override { Log::setSystemLog(nullptr); }
-
-    QString path() const { return QString::fromStdString(Log::filePath()); }
-
+TEST(LogFile, AppendsTimestampedLinesAndAnUnusableFileNeverStopsTheSystemLog) {
     FakePlatform fakes;
-};
-
-TEST_F(LogFile, AppendsTimestampedLinesAndAnUnusableFileNeverStopsTheSystemLog) {
+    Log::setSystemLog(&fakes.systemLog);
+    const QString path = QString::fromStdString(Log::filePath());
     Log::line("first");
-    QFile::remove(path());
+    QFile::remove(path);
     Log::line("after delete");
     Log::line("Mäus ✓");
-    QFile file(path());
+    QFile file(path);
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
     const QString content = QString::fromUtf8(file.readAll());
     const QString time = R"(\d{4}-\d\d-\d\dT\d\d:\d\d:\d\dZ )";
@@ -126,11 +109,11 @@ TEST_F(LogFile, AppendsTimestampedLinesAndAnUnusableFileNeverStopsTheSystemLog) 
                     .match(content)
                     .hasMatch())
         << content.toStdString();
-
-    QFile::remove(path());
-    QDir().mkpath(path()); // a folder in place of the file: no user can write it
+    QFile::remove(path);
+    QDir().mkpath(path); // a folder in place of the file: no user can write it
     Log::line("");
-    QDir().rmdir(path());
+    QDir().rmdir(path);
+    Log::setSystemLog(nullptr);
     EXPECT_EQ(fakes.recorder.calls,
               (std::vector<std::string>{"log: Tolvane: first", "log: Tolvane: after delete",
                                         "log: Tolvane: Mäus ✓", "log: Tolvane: "}));
@@ -168,6 +151,116 @@ TEST(SingleInstance, ASecondStartIsRefusedAndItsRequestReachesTheHolder) {
     }
     oslinux::SingleInstanceLock again({{good, true}});
     EXPECT_TRUE(again.acquire());
+}
+
+// GIO looks for schemas where GSETTINGS_SCHEMA_DIR and XDG_DATA_DIRS say and, with the memory
+// backend, answers every key with its schema's default: a desktop of the test's own making.
+class DesktopSchemas : public ::testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_TRUE(schemas.isValid());
+        for (const char* name : names) {
+            saved.push_back(qgetenv(name));
+        }
+        qputenv(names[0], schemas.path().toLocal8Bit());
+        qputenv(names[1], schemas.filePath(QStringLiteral("none")).toLocal8Bit());
+        qputenv(names[2], "memory");
+    }
+    void TearDown() override {
+        for (std::size_t i = 0; i < saved.size(); ++i) {
+            saved[i].isNull() ? qunsetenv(names[i]) : qputenv(names[i], saved[i]);
+        }
+    }
+
+    // Installs the mouse schema with one boolean `key` whose default is `value`.
+    void installMouseSchema(const char* key, bool value) {
+        QFile xml(schemas.filePath(QStringLiteral("org.gnome.desktop.peripherals.gschema.xml")));
+        ASSERT_TRUE(xml.open(QIODevice::WriteOnly));
+        xml.write(QStringLiteral("<schemalist><schema id=\"org.gnome.desktop.peripherals.mouse\" "
+                                 "path=\"/org/gnome/desktop/peripherals/mouse/\"><key name=\"%1\" "
+                                 "type=\"b\"><default>%2</default></key></schema></schemalist>")
+                      .arg(QLatin1String(key), value ? "true" : "false")
+                      .toUtf8());
+        xml.close();
+        QString compiler = QStandardPaths::findExecutable(QStringLiteral("glib-compile-schemas"));
+        if (compiler.isEmpty()) {
+            compiler = QStringLiteral("/usr/lib/x86_64-linux-gnu/glib-2.0/glib-compile-schemas");
+        }
+        ASSERT_EQ(QProcess::execute(compiler, {schemas.path()}), 0);
+    }
+
+    static constexpr const char* names[] = {"GSETTINGS_SCHEMA_DIR", "XDG_DATA_DIRS",
+                                            "GSETTINGS_BACKEND"};
+    QTemporaryDir schemas;
+    std::vector<QByteArray> saved;
+};
+
+TEST_F(DesktopSchemas, ReadsTheDesktopsNaturalScrollOrNothingWithoutTheSchemaOrItsKey) {
+    EXPECT_EQ(oslinux::GSettingsScrollSetting().naturalScroll(), std::nullopt) << "no schema";
+    installMouseSchema("left-handed", true);
+    EXPECT_EQ(oslinux::GSettingsScrollSetting().naturalScroll(), std::nullopt) << "no key";
+    for (bool natural : {true, false}) {
+        installMouseSchema("natural-scroll", natural);
+        oslinux::GSettingsScrollSetting setting;
+        EXPECT_EQ(setting.naturalScroll(), natural);
+        EXPECT_EQ(setting.naturalScroll(), natural) << "a second question, the same answer";
+    }
+    { oslinux::GSettingsScrollSetting unused; }
+    EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1) << "a reader was not reaped";
+}
+
+// The files are read where the program is told; a broken file gives nothing, and a file longer
+// than the buffer is cut at a whole line, so no half number is taken.
+TEST(ProcHostStatistics, ReadsTheFilesItIsGivenAndNothingFromBrokenOnes) {
+    QTemporaryDir dir;
+    const auto write = [&dir](const char* name, const QByteArray& content) {
+        QFile file(dir.filePath(QString::fromLatin1(name)));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        file.write(content);
+    };
+    const auto host = [&dir] {
+        return oslinux::ProcHostStatistics(dir.path().toStdString(), dir.path().toStdString());
+    };
+    write("stat", "cpu  55324 0 19158 1649236 503 0 280 0 0 0\ncpu0 26907 0 8520 826480 60\n");
+    write("meminfo", "MemTotal:       24683620 kB\nMemAvailable:   24379576 kB\n");
+    auto stats = host();
+    const auto ticks = stats.cpuTicks();
+    ASSERT_TRUE(ticks);
+    EXPECT_EQ(ticks->busy, 74762u);
+    EXPECT_EQ(ticks->total, 74762u + 1649236 + 503);
+    EXPECT_EQ(stats.physicalMemoryBytes(), 24683620ull * 1024);
+    EXPECT_EQ(stats.memoryUsedBytes(), (24683620ull - 24379576ull) * 1024);
+
+    QByteArray longer = "MemTotal:  8388608 kB\n";
+    while (longer.size() < 4096 - 20) {
+        longer += "Filler:  1 kB\n";
+    }
+    write("meminfo", longer + "MemAvailable:  4194304 kB\n");
+    EXPECT_FALSE(host().memoryUsedBytes());
+    EXPECT_EQ(host().physicalMemoryBytes(), 8388608ull * 1024);
+
+    ASSERT_TRUE(QFile::remove(dir.filePath("stat")));
+    ASSERT_TRUE(QDir(dir.path()).mkdir(QStringLiteral("stat"))); // read() fails with EISDIR
+    write("meminfo", QByteArray(9000, '\xff'));
+    auto broken = host();
+    EXPECT_FALSE(broken.cpuTicks());
+    EXPECT_FALSE(broken.memoryUsedBytes());
+    EXPECT_EQ(broken.physicalMemoryBytes(), 0u);
+    EXPECT_FALSE(oslinux::ProcHostStatistics("/no/such/proc", "/no/such/volume").rootVolume());
+}
+
+TEST(ProcHostStatistics, TheRealSystemGivesSaneFigures) {
+    oslinux::ProcHostStatistics host;
+    const auto ticks = host.cpuTicks();
+    ASSERT_TRUE(ticks);
+    EXPECT_GT(ticks->total, ticks->busy);
+    EXPECT_GE(host.activeProcessorCount(), 1);
+    const auto used = host.memoryUsedBytes();
+    ASSERT_TRUE(used);
+    EXPECT_GT(host.physicalMemoryBytes(), *used);
+    const auto volume = host.rootVolume();
+    ASSERT_TRUE(volume && volume->availableBytes);
+    EXPECT_LE(*volume->availableBytes, volume->totalBytes);
 }
 
 } // namespace

@@ -1,36 +1,39 @@
+#include "Tolvane/BrandIcon.h"
+#include "Tolvane/MenuPainting.h"
 #include "Tolvane/MenuViews.h"
 #include "support/FakePlatform.h"
-#include "support/ViewPixels.h"
+#include "support/Views.h"
 
+#include <QApplication>
+#include <QFile>
+#include <QPainter>
+#include <QSvgRenderer>
 #include <QTest>
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <set>
+
 namespace tolvane::testing {
 namespace {
-
-QImage part(const QImage& image, int from, int to) {
-    return image.copy(QRect(from, 0, to - from, image.height()));
-}
 
 // Every row is 300 wide, no lower than the caption, with its ink readable on a light and a
 // dark panel and inside its edges: nothing runs out of the row.
 TEST(MenuRows, AreThreeHundredWideWithReadableInkInsideTheirEdges) {
     FakePlatform fakes;
     SystemStats stats(fakes.host);
-    HeaderView header(false, true);
-    HeaderView reversed(true, false);
-    CleanKeyboardRow clean(true, {});
-    CleanKeyboardRow off(false, {});
+    HeaderView header(false, true), reversed(true, false);
+    CleanKeyboardRow clean(true, {}), off(false, {});
     SectionCaption caption(QStringLiteral("Scrolling"));
     StatsView gauges(stats);
     for (QWidget* row :
          std::initializer_list<QWidget*>{&header, &reversed, &clean, &off, &caption, &gauges}) {
         EXPECT_EQ(row->sizeHint().width(), 300);
         EXPECT_GE(row->sizeHint().height(), caption.sizeHint().height());
-        for (const QPalette& panel : {lightPanel(), darkPanel()}) {
-            const QImage image = renderOnPanel(*row, panel);
-            const QColor window = panel.color(QPalette::Window);
+        for (bool dark : {false, true}) {
+            const QImage image = renderOnPanel(*row, panel(dark));
+            const QColor window = panel(dark).color(QPalette::Window);
             EXPECT_GT(strongestInk(image, image.rect(), window), 90) << "readable";
             EXPECT_EQ(strongestInk(image, QRect(0, 0, 4, image.height()), window), 0) << "left";
             EXPECT_EQ(strongestInk(image, QRect(296, 0, 4, image.height()), window), 0) << "right";
@@ -38,71 +41,272 @@ TEST(MenuRows, AreThreeHundredWideWithReadableInkInsideTheirEdges) {
     }
 }
 
-TEST(MenuRows, TheHeaderPillFollowsTheMouseAndTheSubtitleTheMode) {
+// The pill at the right follows the mouse, the subtitle in the middle the mode; an upper-case
+// caption looks the same whatever the case of its text.
+TEST(MenuRows, TheHeaderShowsMouseAndModeAndTheCaptionItsTextInUpperCase) {
     HeaderView none(false, false), mouse(false, true), reversed(true, false);
-    const QImage noneImage = renderOnPanel(none, lightPanel());
-    const QImage mouseImage = renderOnPanel(mouse, lightPanel());
-    const QImage reversedImage = renderOnPanel(reversed, lightPanel());
-    EXPECT_NE(part(noneImage, 200, 300), part(mouseImage, 200, 300));
-    EXPECT_EQ(part(noneImage, 0, 150), part(mouseImage, 0, 150));
-    EXPECT_NE(part(noneImage, 40, 190), part(reversedImage, 40, 190));
-    EXPECT_EQ(part(noneImage, 200, 300), part(reversedImage, 200, 300));
+    const auto part = [](QWidget& row, int from, int to) {
+        return renderOnPanel(row, panel(false)).copy(QRect(from, 0, to - from, row.height()));
+    };
+    EXPECT_NE(part(none, 200, 300), part(mouse, 200, 300));
+    EXPECT_EQ(part(none, 0, 150), part(mouse, 0, 150));
+    EXPECT_NE(part(none, 40, 190), part(reversed, 40, 190));
+    EXPECT_EQ(part(none, 200, 300), part(reversed, 200, 300));
+    SectionCaption mixed(QStringLiteral("Scrolling")), upper(QStringLiteral("SCROLLING")),
+        other(QStringLiteral("Scrolled"));
+    EXPECT_EQ(renderOnPanel(mixed, panel(false)), renderOnPanel(upper, panel(false)));
+    EXPECT_NE(renderOnPanel(mixed, panel(false)), renderOnPanel(other, panel(false)));
 }
 
-// A point of the card in the blank width before the chevron.
-QPoint cardMiddle(const CleanKeyboardRow& row) {
-    return QPoint(180, int(row.buttonRect().center().y()));
-}
-
-TEST(MenuRows, TheCleanRowLightsUpUnderTheMouseOnlyWhenEnabled) {
+// Only the card, not the margin around it, lights up under the mouse and takes a completed
+// left click, and only when the row is enabled.
+TEST(MenuRows, TheCleanRowsCardAloneReactsAndOnlyWhenEnabled) {
     CleanKeyboardRow off(false, {});
-    const QImage offImage = renderOnPanel(off, lightPanel());
+    const QImage offImage = renderOnPanel(off, panel(false));
     for (bool enabled : {true, false}) {
         SCOPED_TRACE(enabled);
-        CleanKeyboardRow row(enabled, {});
+        int clicks = 0;
+        CleanKeyboardRow row(enabled, [&clicks] { ++clicks; });
         row.show();
-        const QImage idle = renderOnPanel(row, lightPanel());
+        const QPoint card(180, int(row.buttonRect().center().y())); // before the chevron
+        const QPoint margin(5, row.height() / 2);
+        const QImage idle = renderOnPanel(row, panel(false));
         EXPECT_EQ(idle == offImage, !enabled);
-        QTest::mouseMove(&row, QPoint(5, row.height() / 2)); // the outer margin
+        QTest::mouseMove(&row, margin);
         EXPECT_FALSE(row.isHovering());
-        QTest::mouseMove(&row, cardMiddle(row));
+        QTest::mouseMove(&row, card);
         EXPECT_TRUE(row.isHovering());
-        EXPECT_EQ(renderOnPanel(row, lightPanel()) != idle, enabled);
+        EXPECT_EQ(renderOnPanel(row, panel(false)) != idle, enabled);
         QEvent leave(QEvent::Leave);
         QCoreApplication::sendEvent(&row, &leave);
         EXPECT_FALSE(row.isHovering());
-        EXPECT_EQ(renderOnPanel(row, lightPanel()), idle);
+        EXPECT_EQ(renderOnPanel(row, panel(false)), idle);
+
+        QTest::mouseClick(&row, Qt::LeftButton, {}, card);
+        QTest::mouseClick(&row, Qt::LeftButton, {},
+                          row.buttonRect().topLeft().toPoint() + QPoint(2, 2)); // a corner
+        EXPECT_EQ(clicks, enabled ? 2 : 0);
+        QTest::mouseClick(&row, Qt::LeftButton, {}, margin);
+        QTest::mouseClick(&row, Qt::LeftButton, {}, QPoint(150, 1));
+        QTest::mouseClick(&row, Qt::RightButton, {}, card);
+        QTest::mousePress(&row, Qt::LeftButton, {}, card);
+        QTest::mouseRelease(&row, Qt::LeftButton, {}, QPoint(150, row.height() - 1));
+        EXPECT_EQ(clicks, enabled ? 2 : 0);
     }
 }
 
-TEST(MenuRows, OnlyACompletedClickOnTheCardOfAnEnabledCleanRowActs) {
-    int clicks = 0;
-    CleanKeyboardRow row(true, [&clicks] { ++clicks; });
-    row.show();
-    QTest::mouseClick(&row, Qt::LeftButton, {}, cardMiddle(row));
-    EXPECT_EQ(clicks, 1);
-    QTest::mouseClick(&row, Qt::LeftButton, {},
-                      row.buttonRect().topLeft().toPoint() + QPoint(2, 2));
-    EXPECT_EQ(clicks, 2) << "the corners outside the rounded card still count";
-    QTest::mouseClick(&row, Qt::LeftButton, {}, QPoint(5, row.height() / 2));
-    QTest::mouseClick(&row, Qt::LeftButton, {}, QPoint(150, 1));
-    QTest::mouseClick(&row, Qt::RightButton, {}, cardMiddle(row));
-    QTest::mousePress(&row, Qt::LeftButton, {}, cardMiddle(row));
-    QTest::mouseRelease(&row, Qt::LeftButton, {}, QPoint(150, row.height() - 1));
-    EXPECT_EQ(clicks, 2);
+// Half the line's width beyond each end of the arc is the round cap, in degrees.
+const double cap = (RingGauge::line / 2) / (RingGauge::size / 2) * 180 / M_PI;
 
-    CleanKeyboardRow off(false, [&clicks] { ++clicks; });
-    off.show();
-    QTest::mouseClick(&off, Qt::LeftButton, {}, cardMiddle(off));
-    EXPECT_EQ(clicks, 2);
+class RingGaugeTest : public ::testing::Test {
+protected:
+    // One gauge of the card at `fraction`, painted; `centre` is its ring's centre.
+    QImage shoot(double fraction, int gauge = 0, bool dark = false) {
+        StatsView view(stats);
+        view.gauge(gauge)->setReading({fraction, "8 cores"});
+        const QImage image = renderOnPanel(view, panel(dark));
+        centre = QPointF(view.gauge(gauge)->geometry().topLeft()) +
+                 view.gauge(gauge)->ringFrame().center();
+        return image;
+    }
+    // The colour on the ring's middle line `degrees` clockwise from 12 o'clock.
+    QColor at(const QImage& image, double degrees) const {
+        const double radians = degrees * M_PI / 180, radius = RingGauge::size / 2;
+        return image.pixelColor(int(std::lround(centre.x() + radius * std::sin(radians) - 0.5)),
+                                int(std::lround(centre.y() - radius * std::cos(radians) - 0.5)));
+    }
+    // Part of the arc, not the grey track under it.
+    bool coloured(const QImage& image, double degrees) const {
+        const QColor c = at(image, degrees);
+        return std::max({c.red(), c.green(), c.blue()}) - std::min({c.red(), c.green(), c.blue()}) >
+               60;
+    }
+    // The largest square within the ring, where the percentage stands.
+    QImage inside(const QImage& image) const {
+        const int half = int((RingGauge::size / 2 - RingGauge::line / 2) / std::sqrt(2.0)) - 1;
+        return image.copy(int(centre.x()) - half, int(centre.y()) - half, 2 * half, 2 * half);
+    }
+
+    FakePlatform fakes;
+    SystemStats stats{fakes.host};
+    QPointF centre;
+};
+
+TEST_F(RingGaugeTest, TheArcStartsAtTwelveAndCoversItsShareClockwise) {
+    for (double fraction : {0.0, 0.25, 0.5, 0.85, 1.0}) {
+        SCOPED_TRACE(fraction);
+        const QImage shot = shoot(fraction);
+        int covered = 0;
+        for (double degrees = 0; degrees < 360; degrees += 0.5) {
+            covered += coloured(shot, degrees) ? 1 : 0;
+            if (degrees > 2 && degrees < fraction * 360 - 2) {
+                ASSERT_TRUE(coloured(shot, degrees)) << degrees;
+            } else if (degrees > fraction * 360 + cap + 3 && degrees < 360 - cap - 3) {
+                ASSERT_FALSE(coloured(shot, degrees)) << degrees;
+            }
+        }
+        EXPECT_NEAR(covered / 720.0, std::min(1.0, fraction + 2 * cap / 360), 0.02);
+    }
+    EXPECT_EQ(shoot(-0.4), shoot(0.0)) << "below nothing is nothing";
+    EXPECT_EQ(shoot(3.5), shoot(1.0)) << "above full is full";
 }
 
-TEST(MenuRows, TheSectionCaptionShowsItsTextInUpperCase) {
-    SectionCaption mixed(QStringLiteral("Scrolling")), upper(QStringLiteral("SCROLLING")),
-        other(QStringLiteral("Scrolled"));
-    const QImage image = renderOnPanel(mixed, lightPanel());
-    EXPECT_EQ(image, renderOnPanel(upper, lightPanel()));
-    EXPECT_NE(image, renderOnPanel(other, lightPanel()));
+// The three gauges keep colours of their own below ninety percent and share the red warning
+// colours from there on.
+TEST_F(RingGaugeTest, EveryGaugeTurnsToTheWarningColoursFromNinetyPercentOn) {
+    for (double degrees : {20.0, 160.0, 300.0}) {
+        SCOPED_TRACE(degrees);
+        const QColor cpu = at(shoot(0.9, 0), degrees);
+        EXPECT_GT(cpu.red(), std::max(cpu.green(), cpu.blue()) + 100) << "red";
+        for (int gauge : {0, 1, 2}) {
+            EXPECT_TRUE(closeTo(at(shoot(0.9, gauge), degrees), cpu, 4)) << gauge;
+            EXPECT_FALSE(closeTo(at(shoot(0.8999999, gauge), degrees), cpu, 30)) << gauge;
+        }
+    }
+}
+
+TEST_F(RingGaugeTest, TheTrackAndTheRoundedPercentageShowOnALightAndADarkPanel) {
+    for (bool dark : {false, true}) {
+        const QImage shot = shoot(0.42, 0, dark);
+        const QColor window = panel(dark).color(QPalette::Window);
+        EXPECT_GT(std::abs(at(shot, 200).lightness() - window.lightness()), 10) << "track";
+        EXPECT_GT(strongestInk(inside(shot), inside(shot).rect(), window), 150) << "percentage";
+    }
+    EXPECT_EQ(inside(shoot(0.125)), inside(shoot(0.13))); // "13"
+    EXPECT_NE(inside(shoot(0.125)), inside(shoot(0.12)));
+    EXPECT_EQ(inside(shoot(0.895)), inside(shoot(0.9))); // "90", yet below the warning
+}
+
+// GNOME's Cantarell has proportional digits: drawn at their own advances, "11%" is narrower
+// than "88%" and the sign and the detail's end shift sideways as the numbers change.
+TEST_F(RingGaugeTest, ThePercentageAndDetailKeepTheirPlaceAsTheirDigitsChange) {
+    const struct Restore {
+        QFont font = QApplication::font();
+        ~Restore() { QApplication::setFont(font); }
+    } restore;
+    QApplication::setFont(QFont(QStringLiteral("Cantarell")));
+    StatsView view(stats);
+    const QFontMetricsF font(MenuPainting::font(*view.gauge(0), 16, QFont::DemiBold, true));
+    ASSERT_NE(font.horizontalAdvance('1'), font.horizontalAdvance('8')) << "needs fonts-cantarell";
+    const auto rightmostInk = [](const QImage& image, const QRect& area) {
+        int x = area.right();
+        while (x >= area.left() && strongestInk(image, QRect(x, area.top(), 1, area.height()),
+                                                panel(false).color(QPalette::Window)) <= 40) {
+            --x;
+        }
+        return x;
+    };
+    std::set<int> percentEnds, detailEnds;
+    for (int d = 1; d <= 9; ++d) {
+        view.gauge(0)->setReading(
+            {d * 0.11, QStringLiteral("%1.%1 GB / %1%1.%1 GB").arg(d).toStdString()});
+        const QImage image = renderOnPanel(view, panel(false));
+        const QRect gauge = view.gauge(0)->geometry();
+        const QRect ring = view.gauge(0)->ringFrame().toRect().translated(gauge.topLeft());
+        percentEnds.insert(rightmostInk(image, ring.adjusted(12, 12, -12, -12)));
+        detailEnds.insert(rightmostInk(
+            image, QRect(QPoint(gauge.left(), ring.bottom() + 8), gauge.bottomRight())));
+    }
+    EXPECT_EQ(percentEnds.size(), 1u);
+    EXPECT_EQ(detailEnds.size(), 1u);
+}
+
+// The ease is driven through its clock, twice per frame interval, with no waiting.
+TEST_F(RingGaugeTest, AVisibleMoveEasesOverItsDurationWithFramesForItsLength) {
+    StatsView view(stats);
+    RingGauge& gauge = *view.gauge(1);
+    view.show();
+    struct : QObject {
+        int paints = 0;
+        bool eventFilter(QObject*, QEvent* event) override {
+            paints += event->type() == QEvent::Paint ? 1 : 0;
+            return false;
+        }
+    } counter;
+    gauge.installEventFilter(&counter);
+    const auto ease = [&](double from, double to, double* half = nullptr) {
+        gauge.setReading({from, "x"});
+        gauge.easeClock().setCurrentTime(RingGauge::animationMs);
+        QCoreApplication::processEvents();
+        gauge.setReading({to, "x"});
+        EXPECT_TRUE(gauge.isAnimating());
+        EXPECT_NEAR(gauge.ringEnd(), from, 0.02) << "the ring jumped";
+        counter.paints = 0;
+        for (int ms = 0; ms <= RingGauge::animationMs; ms += RingGauge::frameMs / 2) {
+            gauge.easeClock().setCurrentTime(ms);
+            QCoreApplication::processEvents();
+            if (half && ms == RingGauge::animationMs / 2) {
+                *half = gauge.ringEnd();
+            }
+        }
+        EXPECT_DOUBLE_EQ(gauge.ringEnd(), to);
+        return counter.paints;
+    };
+    double half = 0;
+    EXPECT_GE(ease(0.25, 0.75, &half), 10) << "half the ring eases over many frames";
+    EXPECT_NEAR(half, 0.5, 0.05);
+    const int small = ease(0.30, 0.30 + 2 / (M_PI * RingGauge::size));
+    EXPECT_GE(small, 1);
+    EXPECT_LE(small, 4) << "a two-pixel move needs no more than a frame per pixel";
+    ease(0.30, 0.5);
+    gauge.setReading({0.5000001, "8.1 GB / 16.0 GB"});
+    EXPECT_FALSE(gauge.isAnimating()) << "an invisible move jumps";
+    EXPECT_DOUBLE_EQ(gauge.ringEnd(), 0.5000001);
+}
+
+// The card under the rings is drawn once and kept; it must still look as a new one does on a
+// new panel or at a new width.
+TEST_F(RingGaugeTest, TheCardFollowsTheSamplerAndANewPanelOrWidth) {
+    fakes.host.ticks = platform::CpuTicks{125, 1000};
+    StatsView shown(stats);
+    stats.sample();
+    QCoreApplication::processEvents();
+    EXPECT_EQ(shown.gauge(0)->values().percent, 13);
+    EXPECT_EQ(shown.gauge(1)->values().percent, 38);
+    EXPECT_EQ(shown.gauge(2)->values().percent, 50);
+    renderOnPanel(shown, panel(false));
+    StatsView fresh(stats);
+    EXPECT_EQ(renderOnPanel(shown, panel(true)), renderOnPanel(fresh, panel(true)));
+    const QSize wider = shown.sizeHint() + QSize(60, 0);
+    EXPECT_EQ(renderOnPanel(shown, panel(true), wider), renderOnPanel(fresh, panel(true), wider));
+}
+
+// The application list and tray hosts that draw icons by name show the installed SVGs, other
+// trays the glyph drawn in code: at every size a host might ask for, both must cover the same
+// pixels in the same colour. Hosts that tint a symbolic icon fill every path of it.
+TEST(BrandIconFile, TheInstalledSvgsAreTheTrayGlyph) {
+    const QString folder = QStringLiteral(TOLVANE_SOURCE_DIR "/data/icons/");
+    QFile symbolic(folder + "tolvane-symbolic.svg");
+    ASSERT_TRUE(symbolic.open(QIODevice::ReadOnly));
+    EXPECT_FALSE(symbolic.readAll().contains("stroke")) << "a line would turn into a filled area";
+    for (const auto& [name, colour] :
+         {std::pair{"tolvane.svg", BrandIcon::accent()},
+          std::pair{"tolvane-symbolic.svg", BrandIcon::neutralInk()}}) {
+        QSvgRenderer svg(folder + QLatin1String(name));
+        ASSERT_TRUE(svg.isValid()) << name;
+        EXPECT_EQ(svg.viewBoxF().width(), svg.viewBoxF().height()) << "icon themes want a square";
+        for (int size : {16, 18, 48, 128}) {
+            SCOPED_TRACE(std::string(name) + " at " + std::to_string(size));
+            QImage file(size, size, QImage::Format_ARGB32_Premultiplied);
+            file.fill(Qt::transparent);
+            QPainter painter(&file);
+            svg.render(&painter, QRectF(0, 0, size, size));
+            painter.end();
+            const QImage drawn = BrandIcon::glyph(colour, size).toImage();
+            int ink = 0, differing = 0, offColour = 0;
+            for (int y = 0; y < size; ++y) {
+                for (int x = 0; x < size; ++x) {
+                    const QColor a = file.pixelColor(x, y), b = drawn.pixelColor(x, y);
+                    ink += b.alpha() > 128;
+                    differing += std::abs(a.alpha() - b.alpha()) > 96;
+                    offColour += a.alpha() == 255 && !closeTo(a, colour, 8);
+                }
+            }
+            ASSERT_GT(ink, size * size / 10);
+            EXPECT_LE(differing, ink / 20 + 1) << "pixels where only one has ink";
+            EXPECT_EQ(offColour, 0) << "solid pixels not in the glyph's colour";
+        }
+    }
 }
 
 } // namespace

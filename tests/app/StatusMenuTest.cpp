@@ -1,10 +1,10 @@
 #include "Tolvane/MenuViews.h"
 #include "support/AppHarness.h"
-#include "support/ViewPixels.h"
 
 #include <QApplication>
 #include <QMenu>
 #include <QMessageBox>
+#include <QPointer>
 #include <QSignalSpy>
 #include <QSystemTrayIcon>
 #include <QTest>
@@ -16,21 +16,22 @@
 namespace tolvane::testing {
 namespace {
 
-template <typename Row> Row* rowOf(QAction* action) {
+QWidget* rowOf(QAction* action) {
     auto* hosted = qobject_cast<QWidgetAction*>(action);
-    return hosted ? dynamic_cast<Row*>(hosted->defaultWidget()) : nullptr;
+    return hosted ? hosted->defaultWidget() : nullptr;
 }
 
 // One line for each item: rows by kind, plain items with their check mark, image and keys.
 std::vector<std::string> describe(QMenu* menu) {
     std::vector<std::string> lines;
     for (QAction* action : menu->actions()) {
-        std::string line = action->isSeparator()             ? "---"
-                           : rowOf<HeaderView>(action)       ? "[header]"
-                           : rowOf<StatsView>(action)        ? "[stats]"
-                           : rowOf<CleanKeyboardRow>(action) ? "[clean]"
-                           : rowOf<SectionCaption>(action)   ? "[caption]"
-                                                             : action->text().toStdString();
+        QWidget* row = rowOf(action);
+        std::string line = action->isSeparator()                  ? "---"
+                           : dynamic_cast<HeaderView*>(row)       ? "[header]"
+                           : dynamic_cast<StatsView*>(row)        ? "[stats]"
+                           : dynamic_cast<CleanKeyboardRow*>(row) ? "[clean]"
+                           : dynamic_cast<SectionCaption*>(row)   ? "[caption]"
+                                                                  : action->text().toStdString();
         line += !action->isCheckable() ? "" : action->isChecked() ? " [x]" : " [ ]";
         line += action->icon().isNull() ? "" : " +icon";
         line += action->isEnabled() ? "" : " (off)";
@@ -43,45 +44,11 @@ std::vector<std::string> describe(QMenu* menu) {
     return lines;
 }
 
-QAction* itemNamed(QMenu* menu, const char* text) {
-    for (QAction* action : menu->actions()) {
-        if (action->text() == QString::fromUtf8(text)) {
-            return action;
-        }
-    }
-    return nullptr;
-}
+class StatusMenu : public AppHarness {};
 
-// A row as the open menu hosts it, and a row made alone, at the width the menu gave the
-// first.
-QWidget* hostedRow(QAction* action) {
-    return qobject_cast<QWidgetAction*>(action)->defaultWidget();
-}
-void expectSameRow(QMenu* menu, int index, QWidget&& alone) {
-    QAction* action = menu->actions()[index];
-    const QSize size = menu->actionGeometry(action).size();
-    EXPECT_EQ(renderOnPanel(*hostedRow(action), lightPanel(), 1, size),
-              renderOnPanel(alone, lightPanel(), 1, size))
-        << index;
-}
-
-class StatusMenu : public AppHarness {
-protected:
-    QMenu* launchedMenu() {
-        launch();
-        settle();
-        return delegate->menu();
-    }
-    QMenu* openMenu() {
-        QMenu* menu = delegate->menu();
-        menu->popup(QPoint(40, 40));
-        settle();
-        return menu;
-    }
-};
-
-// The menu of a new start, as describe() gives it.
-const std::vector<std::string> firstMenu{"[header]",
+TEST_F(StatusMenu, ItemsTextsOrderAndShortcutsFollowTheStateInBothForms) {
+    launch(true);
+    const std::vector<std::string> first{"[header]",
                                          "[stats]",
                                          "[clean]",
                                          "---",
@@ -91,37 +58,29 @@ const std::vector<std::string> firstMenu{"[header]",
                                          "---",
                                          "Launch at login [ ]",
                                          "Quit Tolvane <Ctrl+Q>"};
-
-TEST_F(StatusMenu, ItemsTextsOrderAndShortcutsFollowTheState) {
-    EXPECT_EQ(describe(launchedMenu()), firstMenu);
+    EXPECT_EQ(describe(delegate->menu()), first);
 
     reset();
     writeSettings("[General]\nautoEnabled=false\nmode=mouse\n");
     fakes().login.enabled = true;
     fakes().pointers.present.push_back({"usb-1", {1, 2, 0, "USB Mouse"}});
-    QMenu* menu = launchedMenu();
-    std::vector<std::string> expected = firstMenu;
+    launch(true);
+    std::vector<std::string> expected = first;
     expected[5] = "Switch to Natural scrolling +icon <Ctrl+T>";
     expected[6] = "Auto-switch when mouse connects [ ]";
     expected[8] = "Launch at login [x]";
-    EXPECT_EQ(describe(menu), expected);
+    EXPECT_EQ(describe(delegate->menu()), expected);
     EXPECT_EQ(describe(delegate->hostDrawnMenu()),
               (std::vector<std::string>{"Open Tolvane", "Scrolling reversed \u00B7 Mouse (off)",
-                                        "Clean Keyboard", "---", "Scrolling (off)",
-                                        "Switch to Natural scrolling +icon <Ctrl+T>",
-                                        "Auto-switch when mouse connects [ ]", "---",
-                                        "Launch at login [x]", "Quit Tolvane <Ctrl+Q>"}));
-    expectSameRow(menu, 0, HeaderView(true, true));
-    expectSameRow(menu, 2, CleanKeyboardRow(true, {}));
-    expectSameRow(menu, 4, SectionCaption(QStringLiteral("Scrolling")));
+                                        "Clean Keyboard", "---", "Scrolling (off)", expected[5],
+                                        expected[6], "---", expected[8], expected[9]}));
 }
 
+// Without input access a warning item opens the help, or says where it is when no program
+// opens it, and the clean row is off.
 TEST_F(StatusMenu, WithoutInputAccessAWarningOpensHelpAndTheCleanRowIsOff) {
     fakes().access.trusted = false;
-    QMenu* menu = launchedMenu();
-    std::vector<std::string> expected = firstMenu;
-    expected.insert(expected.begin() + 1, "\u26A0\uFE0E Needs input access");
-    EXPECT_EQ(describe(menu), expected);
+    launch(true);
     EXPECT_EQ(describe(delegate->hostDrawnMenu()),
               (std::vector<std::string>{"Open Tolvane", "Natural scrolling \u00B7 No mouse (off)",
                                         "\u26A0\uFE0E Needs input access (off)",
@@ -129,12 +88,11 @@ TEST_F(StatusMenu, WithoutInputAccessAWarningOpensHelpAndTheCleanRowIsOff) {
                                         "Switch to Mouse scrolling +icon <Ctrl+T>",
                                         "Auto-switch when mouse connects [x]", "---",
                                         "Launch at login [ ]", "Quit Tolvane <Ctrl+Q>"}));
-    openMenu();
-    expectSameRow(menu, 3, CleanKeyboardRow(false, {}));
+    QAction* warning = delegate->menu()->actions()[1];
+    ASSERT_EQ(describe(delegate->menu())[1], "\u26A0\uFE0E Needs input access");
     recorder().clear();
-    menu->actions()[1]->trigger();
+    warning->trigger();
     EXPECT_EQ(recorder().calls, (std::vector<std::string>{"access.openHelp"}));
-    // Where no program opens the page, a message says where it is.
     fakes().access.helpOpens = false;
     QString told;
     QObject scope; // takes the answer away with the test, had no message come
@@ -144,32 +102,48 @@ TEST_F(StatusMenu, WithoutInputAccessAWarningOpensHelpAndTheCleanRowIsOff) {
         told = box->informativeText();
         box->accept();
     });
-    menu->actions()[1]->trigger();
+    warning->trigger();
     EXPECT_TRUE(told.contains(QLatin1String("/usr/share/tolvane/help/input-access.html")));
 }
 
+// A shortcut closes the menu as a click does, then acts; each choice is applied and stored at
+// once, and the next menu shows its result.
 TEST_F(StatusMenu, ItemsAndTheirShortcutsActAndTheNextMenuShowsTheResult) {
-    launchedMenu();
-    QMenu* open = openMenu();
+    launch(true);
+    recorder().clear();
+    QPointer<QMenu> open = openMenu();
     QTest::keyClick(open->windowHandle(), Qt::Key_T, Qt::ControlModifier);
-    settle();
-    EXPECT_EQ(delegate->currentState().mode, ScrollMode::mouse);
+    EXPECT_TRUE(!open || !open->isVisible());
+    EXPECT_EQ(delegate->currentState(), (AppState{true, false, ScrollMode::mouse}));
+    EXPECT_FALSE(delegate->isInverting());
     EXPECT_EQ(storedText("mode"), "mouse");
-    EXPECT_FALSE(delegate->statsForTesting().isSampling()) << "the menu closed as on a click";
+    settle();
+    EXPECT_FALSE(delegate->statsForTesting().isSampling());
     EXPECT_TRUE(itemNamed(delegate->menu(), "Switch to Natural scrolling"));
     EXPECT_TRUE(itemNamed(delegate->hostDrawnMenu(), "Switch to Natural scrolling"));
 
-    itemNamed(delegate->menu(), "Auto-switch when mouse connects")->trigger();
-    settle();
-    EXPECT_FALSE(delegate->currentState().autoEnabled);
+    const QString autoSwitch = "Auto-switch when mouse connects", login = "Launch at login";
+    itemNamed(delegate->menu(), autoSwitch)->trigger(); // auto off, mode kept
+    EXPECT_EQ(delegate->currentState(), (AppState{false, false, ScrollMode::mouse}));
     EXPECT_EQ(storedText("autoEnabled"), "false");
-    EXPECT_FALSE(itemNamed(delegate->menu(), "Auto-switch when mouse connects")->isChecked());
+    EXPECT_FALSE(itemNamed(delegate->menu(), autoSwitch)->isChecked());
+    itemNamed(delegate->menu(), autoSwitch)->trigger(); // auto on, mode from the connection
+    EXPECT_EQ(delegate->currentState(), (AppState{true, false, ScrollMode::trackpad}));
+    EXPECT_TRUE(delegate->isInverting());
+    EXPECT_EQ(storedText("mode"), "trackpad");
 
-    itemNamed(delegate->menu(), "Launch at login")->trigger();
-    EXPECT_TRUE(itemNamed(delegate->menu(), "Launch at login")->isChecked());
-    fakes().login.failWith = "read-only folder";
-    itemNamed(delegate->menu(), "Launch at login")->trigger();
-    EXPECT_TRUE(itemNamed(delegate->menu(), "Launch at login")->isChecked());
+    itemNamed(delegate->menu(), login)->trigger();
+    EXPECT_TRUE(itemNamed(delegate->menu(), login)->isChecked());
+    itemNamed(delegate->menu(), login)->trigger();
+    fakes().login.failWith = "Permission denied";
+    itemNamed(delegate->menu(), login)->trigger();
+    EXPECT_FALSE(itemNamed(delegate->menu(), login)->isChecked());
+    std::erase_if(recorder().calls,
+                  [](const std::string& c) { return c.starts_with("log: Tolvane: apply"); });
+    EXPECT_EQ(recorder().calls,
+              (std::vector<std::string>{
+                  "login.setEnabled true", "login.setEnabled false", "login.setEnabled true",
+                  "log: Tolvane: login item change failed: Permission denied"}));
 
     open = openMenu();
     QSignalSpy quitChosen(itemNamed(open, "Quit Tolvane"), &QAction::triggered);
@@ -178,20 +152,22 @@ TEST_F(StatusMenu, ItemsAndTheirShortcutsActAndTheNextMenuShowsTheResult) {
     EXPECT_FALSE(open->isVisible());
 }
 
-TEST_F(StatusMenu, TheSamplerRunsOnlyWhileTheMenuIsOpen) {
-    launchedMenu();
+// The sampler's repeating timer is fired by hand: no waiting for its interval.
+TEST_F(StatusMenu, TheSamplerRunsOnlyWhileAMenuOrThePanelWindowShows) {
+    launch(true);
     SystemStats& stats = delegate->statsForTesting();
+    const auto tick = [&stats] {
+        auto* timer = stats.findChild<QTimer*>();
+        if (timer && timer->isActive()) {
+            QMetaObject::invokeMethod(timer, "timeout");
+        }
+    };
     const int before = fakes().host.samples;
-    settle(1700);
     EXPECT_FALSE(stats.isSampling());
-    EXPECT_EQ(fakes().host.samples, before);
-
     QMenu* menu = openMenu();
-    EXPECT_TRUE(stats.isSampling());
     EXPECT_EQ(fakes().host.samples, before + 1);
     menu->popup(QPoint(60, 60)); // a second opening without a close changes nothing
-    EXPECT_EQ(fakes().host.samples, before + 1);
-    settle(1600);
+    tick();
     EXPECT_EQ(fakes().host.samples, before + 2);
 
     itemNamed(delegate->hostDrawnMenu(), "Open Tolvane")->trigger();
@@ -199,23 +175,56 @@ TEST_F(StatusMenu, TheSamplerRunsOnlyWhileTheMenuIsOpen) {
     ASSERT_TRUE(delegate->menuWindow() && delegate->menuWindow()->isVisible());
     menu->hide();
     settle();
-    EXPECT_TRUE(stats.isSampling()) << "the panel window still shows";
+    tick();
+    EXPECT_EQ(fakes().host.samples, before + 3) << "the panel window still shows";
     QTest::keyClick(delegate->menuWindow()->windowHandle(), Qt::Key_Escape);
     settle();
     EXPECT_FALSE(delegate->menuWindow());
+    tick();
     EXPECT_FALSE(stats.isSampling());
-    settle(1700);
-    EXPECT_EQ(fakes().host.samples, before + 2);
+    EXPECT_EQ(fakes().host.samples, before + 3);
+}
+
+// A click on the tray icon opens the menu, a middle click nothing. The panel window that
+// "Open Tolvane" brings is never doubled, closes when another window takes the focus, and goes
+// when the keyboard cleaning starts from it.
+TEST_F(StatusMenu, TheTrayIconOpensTheMenuAndThePanelWindowClosesLikeOne) {
+    launch(true);
+    emit delegate->trayIcon()->activated(QSystemTrayIcon::MiddleClick);
+    EXPECT_FALSE(delegate->menu()->isVisible());
+    emit delegate->trayIcon()->activated(QSystemTrayIcon::Trigger);
+    EXPECT_TRUE(delegate->menu()->isVisible());
+    delegate->menu()->hide();
+
+    itemNamed(delegate->hostDrawnMenu(), "Open Tolvane")->trigger();
+    QPointer<QMenu> window = delegate->menuWindow();
+    ASSERT_TRUE(window && QTest::qWaitForWindowActive(window));
+    delegate->openMenu(); // as a second start asks
+    EXPECT_EQ(delegate->menuWindow(), window);
+    QWidget other;
+    other.show();
+    other.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&other));
+    EXPECT_TRUE(!window || !window->isVisible());
+
+    delegate->openMenu();
+    window = delegate->menuWindow();
+    ASSERT_TRUE(window && QTest::qWaitForWindowActive(window));
+    QWidget* row = rowOf(window->actions()[2]);
+    QTest::mouseClick(
+        window->windowHandle(), Qt::LeftButton, {},
+        row->mapTo(window, dynamic_cast<CleanKeyboardRow*>(row)->buttonRect().center().toPoint()));
+    EXPECT_TRUE(!window || !window->isVisible());
 }
 
 TEST_F(StatusMenu, AClickOnTheCleanRowClosesTheMenuThenLocksTheKeyboard) {
-    launchedMenu();
+    launch(true);
     QMenu* menu = openMenu();
-    auto* row = rowOf<CleanKeyboardRow>(menu->actions()[2]);
+    auto* row = dynamic_cast<CleanKeyboardRow*>(rowOf(menu->actions()[2]));
     ASSERT_NE(row, nullptr);
     recorder().clear();
-    const QPoint onCard = row->mapTo(menu, row->buttonRect().center().toPoint());
-    QTest::mouseClick(menu->windowHandle(), Qt::LeftButton, {}, onCard);
+    QTest::mouseClick(menu->windowHandle(), Qt::LeftButton, {},
+                      row->mapTo(menu, row->buttonRect().center().toPoint()));
     EXPECT_FALSE(menu->isVisible());
     EXPECT_TRUE(recorder().matching("keyboard.").empty()) << "the lock waits for the delay";
     settle(100);
@@ -226,11 +235,10 @@ TEST_F(StatusMenu, AClickOnTheCleanRowClosesTheMenuThenLocksTheKeyboard) {
 
 TEST_F(StatusMenu, ClicksOnTheOtherRowsOrADisabledCleanRowLeaveTheMenuOpen) {
     fakes().access.trusted = false;
-    fakes().scrollTap.available = true;
-    launchedMenu();
+    launch(true);
     QMenu* menu = openMenu();
     for (int index : {0, 2, 3, 5}) {
-        QWidget* row = hostedRow(menu->actions()[index]);
+        QWidget* row = rowOf(menu->actions()[index]);
         QTest::mouseClick(menu->windowHandle(), Qt::LeftButton, {},
                           row->mapTo(menu, row->rect().center()));
         EXPECT_TRUE(menu->isVisible()) << index;
@@ -240,7 +248,7 @@ TEST_F(StatusMenu, ClicksOnTheOtherRowsOrADisabledCleanRowLeaveTheMenuOpen) {
 }
 
 TEST_F(StatusMenu, TheTrayIconHasTwoFormsThatFollowTheMode) {
-    launchedMenu();
+    launch(true);
     const auto icon = [this] { return delegate->trayIcon()->icon().pixmap(22, 22).toImage(); };
     const QImage natural = icon();
     EXPECT_EQ(delegate->trayIcon()->toolTip(), QStringLiteral("Tolvane: natural scrolling"));

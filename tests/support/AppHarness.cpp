@@ -23,6 +23,15 @@ void settle(int ms) {
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
 
+QAction* itemNamed(QMenu* menu, const QString& text) {
+    for (QAction* action : menu ? menu->actions() : QList<QAction*>()) {
+        if (action->text() == text) {
+            return action;
+        }
+    }
+    return nullptr;
+}
+
 void AppHarness::TearDown() {
     delegate.reset();
     settle();
@@ -41,10 +50,20 @@ void AppHarness::reset() {
     path = folder + QStringLiteral("/Tolvane.conf");
 }
 
-void AppHarness::launch() {
+void AppHarness::launch(bool settled) {
     delegate = std::make_unique<AppDelegate>(fakePlatform->platform, path, timing);
     delegate->trayHostAvailable = [this] { return trayHost; };
     delegate->applicationDidFinishLaunching();
+    if (settled) {
+        settle();
+    }
+}
+
+QMenu* AppHarness::openMenu() {
+    QMenu* menu = delegate->menu();
+    menu->popup(QPoint(40, 40));
+    settle();
+    return menu;
 }
 
 void AppHarness::writeSettings(const QByteArray& content) const {

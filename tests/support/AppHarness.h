@@ -15,6 +15,9 @@ namespace tolvane::testing {
 // reports and settings writes land and pending deletions happen.
 void settle(int ms = 0);
 
+// The item of `menu` with `text`, or null.
+QAction* itemNamed(QMenu* menu, const QString& text);
+
 // An AppDelegate on recording fakes with its settings in a file of its own.
 class AppHarness : public ::testing::Test {
 protected:
@@ -23,7 +26,10 @@ protected:
 
     // A new platform, settings file and delegate, as for a new start of the program.
     void reset();
-    void launch();
+    // Starts the delegate; with `settled`, lets its first reports land too.
+    void launch(bool settled = false);
+    // Pops the current rich menu up as a click on the tray icon does.
+    QMenu* openMenu();
 
     void writeSettings(const QByteArray& content) const;
     // The raw value written under `key` in the settings file, "" when there is none.

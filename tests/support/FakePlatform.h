@@ -2,6 +2,7 @@
 
 #include "platform/Platform.h"
 
+#include <algorithm>
 #include <optional>
 #include <string>
 #include <vector>
@@ -16,7 +17,12 @@ public:
     void clear() { calls.clear(); }
 
     // The calls whose text starts with `prefix`, in order.
-    std::vector<std::string> matching(const std::string& prefix) const;
+    std::vector<std::string> matching(const std::string& prefix) const {
+        std::vector<std::string> found;
+        std::copy_if(calls.begin(), calls.end(), std::back_inserter(found),
+                     [&prefix](const std::string& call) { return call.starts_with(prefix); });
+        return found;
+    }
 
     std::vector<std::string> calls;
 };
@@ -49,10 +55,21 @@ public:
 class FakeScrollTap final : public platform::ScrollTap, Recording {
 public:
     using Recording::Recording;
-    bool create(platform::WheelEventFilter filter, void* context) override;
+    bool create(platform::WheelEventFilter f, void* c) override {
+        recorder.record(available ? "scrollTap.create -> true" : "scrollTap.create -> false");
+        filter = available ? f : filter;
+        context = available ? c : context;
+        created += available ? 1 : 0;
+        return available;
+    }
 
     // Passes events through the installed filter as the real tap would before re-emitting.
-    std::vector<InputEvent> pass(std::vector<InputEvent> events) const;
+    std::vector<InputEvent> pass(std::vector<InputEvent> events) const {
+        if (filter) {
+            filter(context, events.data(), events.size());
+        }
+        return events;
+    }
 
     bool available = true; // the answer of create()
     int created = 0;
@@ -68,8 +85,19 @@ public:
     std::vector<platform::PointerDevice> current() override { return present; }
 
     // What a device arrival or removal delivers after open().
-    void plug(const platform::PointerDevice& device);
-    void unplug(const std::string& id);
+    void plug(const platform::PointerDevice& device) {
+        present.push_back(device);
+        callbacks.added(device);
+    }
+    void unplug(const std::string& id) {
+        for (auto d = present.begin(); d != present.end(); ++d) {
+            if (d->id == id) {
+                const platform::PointerDevice gone = *d;
+                present.erase(d);
+                return callbacks.removed(gone);
+            }
+        }
+    }
 
     std::vector<platform::PointerDevice> present;
 
@@ -114,7 +142,12 @@ class FakeLoginRegistration final : public platform::LoginRegistration, Recordin
 public:
     using Recording::Recording;
     bool isEnabled() override { return enabled; }
-    bool setEnabled(bool value, std::string& failure) override;
+    bool setEnabled(bool value, std::string& failure) override {
+        recorder.record(value ? "login.setEnabled true" : "login.setEnabled false");
+        failure = failWith.value_or("");
+        enabled = failWith ? enabled : value;
+        return !failWith;
+    }
 
     bool enabled = false;
     std::optional<std::string> failWith;
