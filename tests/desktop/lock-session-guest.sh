@@ -1,6 +1,6 @@
 #!/bin/sh
 # The keyboard cleaning lock, end to end, inside the test kernel: Xvfb with two monitors, a
-# StatusNotifierItem host on a session bus, a virtual USB keyboard made through uinput, xev as
+# StatusNotifierItem host (the desktop probe) on a session bus, a virtual USB keyboard made through uinput, xev as
 # an ordinary window that should get the typing, and the real tolvane binary, started as root
 # so that it may use the input devices. Run by the guest's /init; run-lock-session.sh boots it
 # and checks the screenshots it sends.
@@ -62,7 +62,7 @@ tolvane_windows() {
 }
 
 menu_window() { tolvane_windows | awk '$4 >= 300 && $5 >= 200 {print; exit 0} END {exit NR == 0}'; }
-menu_closed() { ! tolvane_windows | awk '$4 >= 300 && $5 >= 200 {found=1} END {exit !found}'; }
+menu_closed() { ! menu_window; }
 
 # The overlays, one line each, as "X Y WIDTH HEIGHT", sorted from left to right.
 overlays() {
@@ -84,8 +84,14 @@ type_on_keyboard() {
     grep '^typed' /tmp/keyboard.out | tail -n 1 | awk '{print $4}'
 }
 
-pointer_click() {
-    xdotool mousemove "$1" "$2"
+# click_cyan WHAT X Y WIDTH HEIGHT: a click in the middle of the cyan (the Clean Keyboard
+# row's disc, the unlock button) inside the rectangle of the screen.
+click_cyan() {
+    what=$1
+    shift
+    set -- $(tolvane-lock-guest find "$fb" 22c1ee 24 "$@")
+    [ "${1:-0}" -ge 20 ] || fail "no $what ($*)"
+    xdotool mousemove $((($2 + $4) / 2)) $((($3 + $5) / 2))
     sleep 0.3
     xdotool click 1
 }
@@ -111,9 +117,9 @@ step "a session bus and a StatusNotifierItem host"
 bus=$(dbus-daemon --session --fork --print-address=1 --nopidfile) || fail "no session bus"
 export DBUS_SESSION_BUS_ADDRESS=$bus
 mkfifo /tmp/host-input
-tolvane-sni-host </tmp/host-input >/tmp/sni.log 2>&1 &
+tolvane-desktop-probe --watcher </tmp/host-input >/tmp/sni.log 2>&1 &
 exec 7>/tmp/host-input
-wait_for "the watcher's name" grep -q watching /tmp/sni.log
+wait_for "the watcher's name" grep -q ready /tmp/sni.log
 
 step "xev, an ordinary window with the keyboard focus"
 xev -geometry 240x120+40+440 >/tmp/xev.log 2>&1 &
@@ -138,10 +144,7 @@ $(menu_window)
 EOF
 sleep 1
 shot menu
-disc=$(tolvane-lock-guest find "$fb" 22c1ee 24 "$menu_x" "$menu_y" "$menu_w" "$menu_h")
-set -- $disc
-[ "${1:-0}" -ge 20 ] || fail "no Clean Keyboard row with its cyan disc in the menu ($disc)"
-pointer_click $((($2 + $4) / 2)) $((($3 + $5) / 2))
+click_cyan "Clean Keyboard row with its cyan disc in the menu" "$menu_x" "$menu_y" "$menu_w" "$menu_h"
 wait_for "the menu to close" menu_closed
 wait_for "the log line of the lock" in_log "keyboard lock: locked"
 wait_for "an overlay on each monitor" two_overlays
@@ -160,10 +163,7 @@ kill -0 "$tolvane_pid" || fail "tolvane ended while locked"
 two_overlays || fail "the overlays changed while typing: $(overlays | tr '\n' ' ')"
 
 step "click Unlock keyboard on the right monitor"
-button=$(tolvane-lock-guest find "$fb" 22c1ee 24 $width $((height / 2 + 50)) $width $((height / 2 - 50)))
-set -- $button
-[ "${1:-0}" -ge 20 ] || fail "no unlock button on the right monitor ($button)"
-pointer_click $((($2 + $4) / 2)) $((($3 + $5) / 2))
+click_cyan "unlock button on the right monitor" $width $((height / 2 + 50)) $width $((height / 2 - 50))
 wait_for "the log line of the unlock" in_log "keyboard lock: unlocked"
 wait_for "both overlays to go" no_overlay
 sleep 0.5
