@@ -1,8 +1,8 @@
 #!/bin/sh
 # The keyboard cleaning lock, end to end, inside the test kernel: Xvfb with two monitors, a
-# StatusNotifierItem host (the desktop probe) on a session bus, a virtual USB keyboard made through uinput, xev as
-# an ordinary window that should get the typing, and the real tolvane binary, started as root
-# so that it may use the input devices. Run by the guest's /init; run-lock-session.sh boots it
+# tray host (the desktop probe) on a session bus, a virtual USB keyboard made through uinput,
+# xev as an ordinary window that should get the typing, and the real tolvane binary, started
+# as root so that it may use the input devices. Run by the guest's /init; run-lock-session.sh boots it
 # and checks the screenshots it sends.
 #
 # Lines for the host: "TOLVANE-STEP ...", "TOLVANE-FAIL: why", and screen dumps between
@@ -36,21 +36,15 @@ fail() {
     exit 1
 }
 
-uptime_seconds() { cut -d. -f1 /proc/uptime; }
-
 # wait_for DESCRIPTION COMMAND...: retries COMMAND for up to 20 s; emulation is slow.
 wait_for() {
-    what=$1
+    what=$1 deadline=$(($(cut -d. -f1 /proc/uptime) + 20))
     shift
-    deadline=$(($(uptime_seconds) + 20))
-    while [ "$(uptime_seconds)" -lt $deadline ]; do
-        if "$@" >/dev/null 2>&1; then
-            step "    $what"
-            return 0
-        fi
+    until "$@" >/dev/null 2>&1; do
+        [ "$(cut -d. -f1 /proc/uptime)" -lt $deadline ] || fail "timed out waiting for $what"
         sleep 0.1
     done
-    fail "timed out waiting for $what"
+    step "    $what"
 }
 
 # "ID X Y WIDTH HEIGHT" for each viewable window of Tolvane.
@@ -124,8 +118,8 @@ wait_for "the watcher's name" grep -q ready /tmp/sni.log
 step "xev, an ordinary window with the keyboard focus"
 xev -geometry 240x120+40+440 >/tmp/xev.log 2>&1 &
 wait_for "xev's window" xdotool search --name '^Event Tester$'
-probe=$(xdotool search --name '^Event Tester$' | head -n 1)
-xdotool windowfocus --sync "$probe"
+xev_window=$(xdotool search --name '^Event Tester$' | head -n 1)
+xdotool windowfocus --sync "$xev_window"
 xdotool type --delay 50 ab
 wait_for "xev's first key presses" sh -c '[ $(grep -c "^KeyPress event" /tmp/xev.log) -ge 2 ]'
 
@@ -139,12 +133,10 @@ step "open the menu from the tray and choose Clean Keyboard"
 xdotool mousemove 200 100
 echo "activate 200 100" >&7
 wait_for "the menu" menu_window
-read -r _ menu_x menu_y menu_w menu_h <<EOF
-$(menu_window)
-EOF
 sleep 1
 shot menu
-click_cyan "Clean Keyboard row with its cyan disc in the menu" "$menu_x" "$menu_y" "$menu_w" "$menu_h"
+set -- $(menu_window)
+click_cyan "Clean Keyboard row with its cyan disc in the menu" "$2" "$3" "$4" "$5"
 wait_for "the menu to close" menu_closed
 wait_for "the log line of the lock" in_log "keyboard lock: locked"
 wait_for "an overlay on each monitor" two_overlays
@@ -173,7 +165,7 @@ step "type after the unlock"
 seen=$(type_on_keyboard 6)
 [ "$seen" = 12 ] || fail "a plain reader saw $seen key events after the unlock, not 12"
 presses=$(key_presses)
-xdotool windowfocus --sync "$probe"
+xdotool windowfocus --sync "$xev_window"
 xdotool type --delay 50 abc
 wait_for "xev's key presses again" sh -c "[ \$(grep -c '^KeyPress event' /tmp/xev.log) -ge $((presses + 3)) ]"
 kill -0 "$tolvane_pid" || fail "tolvane ended"

@@ -31,6 +31,7 @@ wait_for() {
 # and nothing here may talk to the machine's own), Xvfb on x11, and a D-Bus session bus.
 # Returns COMMAND's status.
 run_in_session() {
+    [[ -z ${shots:-} ]] || rm -rf "$shots"
     mkdir -p "$work/home" "$work/runtime"
     chmod 700 "$work/runtime"
     # Set before the bus starts: the services it starts (dconf, xfconfd) get its environment.
@@ -55,7 +56,7 @@ run_in_session() {
     kill "${outer[@]}" 2>/dev/null || true
     wait "${outer[@]}" 2>/dev/null || true
     if [[ -n ${shots:-} && ($status -ne 0 || ${TOLVANE_KEEP_SCREENSHOTS:-} == 1) ]]; then
-        rm -rf "$shots" && mkdir -p "$shots"
+        mkdir -p "$shots"
         for image in "$work"/*.ppm; do convert "$image" "$shots/$(basename "${image%.*}").png"; done || true
         cp "$work"/*.png "$work"/*.log "$shots"/ 2>/dev/null || true
         echo "screenshots and logs: $shots"
