@@ -1,13 +1,10 @@
-// What the desktop tiers cannot do with X11 tools: it reads the menu a tray item hands to its
+// What the desktops tier cannot do with X11 tools: it reads the menu a tray item hands to its
 // host over D-Bus, and on GNOME Shell under Wayland it takes screenshots (org.gnome.Shell.
 // Screenshot answers only a few bus names, so it owns org.gnome.Screenshot) and moves the
-// pointer, clicks and types through mutter's remote desktop session. With --watcher it is the
-// tray host of a session without a panel (the lock session's): it owns the watcher's name and
-// says a host is there, so Qt's tray icon registers as an item, and prints "registered ITEM".
-// One command a line on its standard input; each ends with a line "ok" or "failed":
+// pointer, clicks and types through mutter's remote desktop session. One command a line on
+// its standard input; each ends with a line "ok" or "failed" on its standard output:
 //   items [LABEL]         first "item LABEL" for each enabled entry of the item's menu, top
 //                         down; with LABEL, that entry is clicked as the tray host would
-//   activate X Y          the item's Activate, as a panel calls it on a left click
 //   shot FILE             the whole screen as a PNG
 //   move X Y | click BUTTON | key KEYSYM...  (keys pressed in order, released in reverse)
 #include <QCoreApplication>
@@ -31,43 +28,6 @@ QDBusConnection bus() {
 void answer(const QString& line) {
     std::printf("%s\n", qPrintable(line));
     std::fflush(stdout);
-}
-
-class Watcher : public QObject {
-    Q_OBJECT
-    Q_CLASSINFO("D-Bus Interface", "org.kde.StatusNotifierWatcher")
-    Q_PROPERTY(bool IsStatusNotifierHostRegistered READ hostRegistered)
-    Q_PROPERTY(QStringList RegisteredStatusNotifierItems READ registeredItems)
-    Q_PROPERTY(int ProtocolVersion READ protocolVersion)
-
-public:
-    bool hostRegistered() const { return true; }
-    QStringList registeredItems() const { return items; }
-    int protocolVersion() const { return 0; }
-
-public slots:
-    // An item names itself by bus name, or by object path on the caller's connection.
-    void RegisterStatusNotifierItem(const QString& name, const QDBusMessage& message) {
-        items.append(name.startsWith(QLatin1Char('/')) ? message.service() + name : name);
-        answer(QStringLiteral("registered ") + items.last());
-        emit StatusNotifierItemRegistered(items.last());
-    }
-    void RegisterStatusNotifierHost(const QString&) {}
-
-signals:
-    void StatusNotifierItemRegistered(const QString& item);
-    void StatusNotifierItemUnregistered(const QString& item);
-    void StatusNotifierHostRegistered();
-
-private:
-    QStringList items;
-};
-
-// "SERVICE/PATH" (GNOME's extension: "SERVICE@/PATH"), or "SERVICE" at the usual path.
-std::pair<QString, QString> splitItem(const QString& item) {
-    const qsizetype slash = item.indexOf(QLatin1Char('/'));
-    return {slash < 0 ? item : item.left(slash).remove(QLatin1Char('@')),
-            slash < 0 ? QStringLiteral("/StatusNotifierItem") : item.mid(slash)};
 }
 
 QVariant property(const QString& service, const QString& path, const QString& interface,
@@ -110,7 +70,11 @@ bool items(const QString& choice) {
     if (registered.isEmpty()) {
         return all.isValid() && choice.isEmpty();
     }
-    const auto [service, itemPath] = splitItem(registered.last());
+    // "SERVICE/PATH" (GNOME's extension: "SERVICE@/PATH"), or "SERVICE" at the usual path.
+    const QString item = registered.last();
+    const qsizetype slash = item.indexOf(QLatin1Char('/'));
+    const QString service = slash < 0 ? item : item.left(slash).remove(QLatin1Char('@'));
+    const QString itemPath = slash < 0 ? QStringLiteral("/StatusNotifierItem") : item.mid(slash);
     const QString menuPath =
         property(service, itemPath, QStringLiteral("org.kde.StatusNotifierItem"),
                  QStringLiteral("Menu"))
@@ -169,17 +133,10 @@ private:
     QString session;
 };
 
-bool run(RemoteInput& input, const Watcher& watcher, const QStringList& words) {
+bool run(RemoteInput& input, const QStringList& words) {
     const QString& verb = words.value(0);
     if (verb == QStringLiteral("items")) {
         return items(words.mid(1).join(QLatin1Char(' ')));
-    }
-    if (verb == QStringLiteral("activate") && words.size() == 3 &&
-        !watcher.registeredItems().isEmpty()) {
-        const auto [service, path] = splitItem(watcher.registeredItems().last());
-        QDBusInterface(service, path, QStringLiteral("org.kde.StatusNotifierItem"), bus())
-            .asyncCall(QStringLiteral("Activate"), words[1].toInt(), words[2].toInt());
-        return true;
     }
     if (verb == QStringLiteral("shot") && words.size() == 2) {
         QDBusInterface shell(QStringLiteral("org.gnome.Shell.Screenshot"),
@@ -220,14 +177,6 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "probe: cannot own org.gnome.Screenshot\n");
         return 1;
     }
-    Watcher watcher;
-    if (app.arguments().contains(QStringLiteral("--watcher")) &&
-        (!bus().registerObject(QStringLiteral("/StatusNotifierWatcher"), &watcher,
-                               QDBusConnection::ExportAllContents) ||
-         !bus().registerService(QStringLiteral("org.kde.StatusNotifierWatcher")))) {
-        std::fprintf(stderr, "probe: cannot own org.kde.StatusNotifierWatcher\n");
-        return 1;
-    }
     RemoteInput input;
     QSocketNotifier notifier(STDIN_FILENO, QSocketNotifier::Read);
     QByteArray pending;
@@ -241,11 +190,9 @@ int main(int argc, char** argv) {
         pending.append(chunk, got);
         for (qsizetype end; (end = pending.indexOf('\n')) >= 0; pending.remove(0, end + 1)) {
             const QStringList words = QString::fromUtf8(pending.left(end)).split(QLatin1Char(' '));
-            answer(run(input, watcher, words) ? QStringLiteral("ok") : QStringLiteral("failed"));
+            answer(run(input, words) ? QStringLiteral("ok") : QStringLiteral("failed"));
         }
     });
     answer(QStringLiteral("ready"));
     return QCoreApplication::exec();
 }
-
-#include "DesktopProbe.moc"
