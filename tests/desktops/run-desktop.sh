@@ -142,33 +142,27 @@ start_desktop() {
 # pixel against the panel's own pixels there.
 find_icon() {
     step "find the icon"
-    local box contrast
+    local box background low high contrast
     for _ in $(seq 20); do
         shot after >/dev/null
-        box=$(changed before after "$panel_area") && break
+        changed before after "$panel_area" >/dev/null && break
         sleep 0.5
     done
-    [[ -n $box ]] || fail "nothing new in the panel: no icon"
     # Neighbours may shift by a pixel: the icon is the run of changed columns that changed most.
-    local columns
-    columns=$(convert "$work/before.$ext" "$work/after.$ext" -crop "$panel_area" +repage -compose \
-        difference -composite -colorspace gray -threshold 4% -scale "${width}x1!" -depth 16 txt:- |
-        awk -F'[,:() ]+' 'BEGIN {last = -10} NR > 1 && $3 > 0 {if ($1 - last > 3) {start = $1; sum = 0}
-            sum += $3; last = $1; if (sum > best) {best = sum; from = start; to = $1}}
+    read -r from to < <(convert "$work/before.$ext" "$work/after.$ext" -crop "$panel_area" +repage \
+        -compose difference -composite -colorspace gray -threshold 4% -scale "${width}x1!" -depth 16 \
+        txt:- | awk -F'[,:() ]+' 'BEGIN {last = -10} NR > 1 && $3 > 0 {if ($1 - last > 3) {start = $1;
+            sum = 0} sum += $3; last = $1; if (sum > best) {best = sum; from = start; to = $1}}
             END {print from, to}')
-    read -r from to <<<"$columns"
     box=$(changed before after "$((to - from + 1))x${panel_height}+${from}+$panel_y") ||
-        fail "no icon in columns $from-$to"
+        fail "nothing new in the panel: no icon"
     read -r w h x y <<<"$box"
     ((w <= 64 && h <= 64)) || fail "the panel changed in ${w}x${h} at $x,$y, more than an icon"
     icon_x=$((x + w / 2)) icon_y=$((y + h / 2)) icon_box="${w}x${h}+${x}+${y}"
-    local background extremes
-    background=$(convert "$work/before.$ext" -crop "${w}x${h}+${x}+${y}" -colorspace LinearGray \
-        -format '%[fx:mean]' info:)
-    extremes=$(convert "$work/after.$ext" -crop "${w}x${h}+${x}+${y}" -colorspace LinearGray \
-        -format '%[fx:minima] %[fx:maxima]' info:)
-    contrast=$(awk -v b="$background" '{d = (b + 0.05) / ($1 + 0.05); l = ($2 + 0.05) / (b + 0.05);
-        printf "%.2f", (d > l ? d : l)}' <<<"$extremes")
+    read -r background _ _ _ low high < <(convert "$work/before.$ext" "$work/after.$ext" -crop \
+        "$icon_box" -colorspace LinearGray -format '%[fx:mean] %[fx:minima] %[fx:maxima] ' info:; echo)
+    contrast=$(awk -v b="$background" -v l="$low" -v h="$high" 'BEGIN {d = (b + 0.05) / (l + 0.05);
+        u = (h + 0.05) / (b + 0.05); printf "%.2f", (d > u ? d : u)}')
     echo "    icon ${w}x${h} at $x,$y: contrast $contrast:1"
     awk -v c="$contrast" 'BEGIN{exit !(c >= 3)}' || fail "icon contrast $contrast:1 is below 3:1"
 }
@@ -191,13 +185,11 @@ if [[ $left == none ]]; then
     step "the window of a desktop without a tray"
     patience=15 wait_for "the window 'Tolvane'" rich_window
     menu_box=$(rich_window | cut -d' ' -f2-)
-    check_rich_rows
     xdotool windowactivate --sync "$(rich_window | cut -d' ' -f1)"
     choose_auto_switch rich
     wait_for "the window again" rich_window
     xdotool windowactivate --sync "$(rich_window | cut -d' ' -f1)" key Escape
     wait_for "the window to close" eval '! rich_window'
-
 else
     find_icon
     step "left click, twice"

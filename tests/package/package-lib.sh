@@ -33,13 +33,3 @@ exec_program() {
     echo "$1"
 }
 
-# dpkg on the throwaway root ROOT: maintainer scripts run outside a chroot, with DPKG_ROOT
-# set, and the dependencies, which this root does not hold, are not checked here.
-dpkg_in_root() {
-    local root=$1
-    shift
-    local as_root=()
-    [[ $(id -u) -eq 0 ]] || as_root=(fakeroot)
-    PATH=$PATH:/usr/sbin:/sbin "${as_root[@]}" dpkg --root="$root" --log=/dev/null --force-not-root \
-        --force-script-chrootless --force-depends "$@"
-}

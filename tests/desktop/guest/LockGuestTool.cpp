@@ -8,7 +8,7 @@
 //       "quit" unplugs it.
 //   tolvane-lock-guest find XWD RRGGBB TOLERANCE X Y WIDTH HEIGHT
 //       Prints "COUNT LEFT TOP RIGHT BOTTOM" for the pixels near the colour inside the
-//       rectangle of the screen dump, or "0" when there are none.
+//       rectangle of the screen dump.
 #include "kernel/VirtualDevices.h"
 
 #include <algorithm>
@@ -109,11 +109,7 @@ int runFind(char** argv) {
             }
         }
     }
-    if (count == 0) {
-        std::printf("0\n");
-    } else {
-        std::printf("%d %d %d %d %d\n", count, left, top, right, bottom);
-    }
+    std::printf("%d %d %d %d %d\n", count, left, top, right, bottom);
     return 0;
 }
 
