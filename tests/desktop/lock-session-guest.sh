@@ -1,8 +1,8 @@
 #!/bin/sh
-# The keyboard cleaning lock, end to end, inside the test kernel: Xvfb with two monitors, a
-# StatusNotifierItem host on a session bus, a virtual USB keyboard made through uinput, xev as
-# an ordinary window that should get the typing, and the real tolvane binary, started as root
-# so that it may use the input devices. Run by the guest's /init; run-lock-session.sh boots it
+# The keyboard cleaning lock, end to end, inside the test kernel: Xvfb with two monitors and
+# no tray, so that Tolvane's menu comes as its window, a virtual USB keyboard made through
+# uinput, xev as an ordinary window that should get the typing, and the real tolvane binary,
+# started as root so that it may use the input devices. Run by the guest's /init; run-lock-session.sh boots it
 # and checks the screenshots it sends.
 #
 # Lines for the host: "TOLVANE-STEP ...", "TOLVANE-FAIL: why", and screen dumps between
@@ -30,27 +30,22 @@ shot() {
 fail() {
     echo "TOLVANE-FAIL: $*"
     [ -e "$fb" ] && shot failure
-    for f in /tmp/tolvane.out /tmp/sni.log /tmp/xvfb.log "$log"; do
+    for f in /tmp/tolvane.out /tmp/xvfb.log "$log"; do
         [ -e "$f" ] && echo "--- $f" && tail -n 30 "$f"
     done
     exit 1
 }
 
-uptime_seconds() { cut -d. -f1 /proc/uptime; }
-
-# wait_for DESCRIPTION COMMAND...: retries COMMAND for up to 20 s; emulation is slow.
+# wait_for DESCRIPTION COMMAND...: retries COMMAND for up to 20 s (or $patience); emulation
+# is slow.
 wait_for() {
-    what=$1
+    what=$1 deadline=$(($(cut -d. -f1 /proc/uptime) + ${patience:-20}))
     shift
-    deadline=$(($(uptime_seconds) + 20))
-    while [ "$(uptime_seconds)" -lt $deadline ]; do
-        if "$@" >/dev/null 2>&1; then
-            step "    $what"
-            return 0
-        fi
+    until "$@" >/dev/null 2>&1; do
+        [ "$(cut -d. -f1 /proc/uptime)" -lt $deadline ] || fail "timed out waiting for $what"
         sleep 0.1
     done
-    fail "timed out waiting for $what"
+    step "    $what"
 }
 
 # "ID X Y WIDTH HEIGHT" for each viewable window of Tolvane.
@@ -61,8 +56,12 @@ tolvane_windows() {
     done
 }
 
-menu_window() { tolvane_windows | awk '$4 >= 300 && $5 >= 200 {print; exit 0} END {exit NR == 0}'; }
-menu_closed() { ! tolvane_windows | awk '$4 >= 300 && $5 >= 200 {found=1} END {exit !found}'; }
+# The menu's window: at least 300x200, and not an overlay.
+menu_window() {
+    tolvane_windows | awk -v w=$width -v h=$height '$4 >= 300 && $5 >= 200 && ($4 != w || $5 != h) {
+        print; found = 1; exit} END {exit !found}'
+}
+menu_closed() { ! menu_window; }
 
 # The overlays, one line each, as "X Y WIDTH HEIGHT", sorted from left to right.
 overlays() {
@@ -84,8 +83,14 @@ type_on_keyboard() {
     grep '^typed' /tmp/keyboard.out | tail -n 1 | awk '{print $4}'
 }
 
-pointer_click() {
-    xdotool mousemove "$1" "$2"
+# click_cyan WHAT X Y WIDTH HEIGHT: a click in the middle of the cyan (the Clean Keyboard
+# row's disc, the unlock button) inside the rectangle of the screen.
+click_cyan() {
+    what=$1
+    shift
+    set -- $(tolvane-lock-guest find "$fb" 22c1ee 24 "$@")
+    [ "${1:-0}" -ge 20 ] || fail "no $what ($*)"
+    xdotool mousemove $((($2 + $4) / 2)) $((($3 + $5) / 2))
     sleep 0.3
     xdotool click 1
 }
@@ -107,42 +112,27 @@ xrandr --setmonitor right $width/271x$height/159+$width+0 none
 xrandr --listmonitors
 [ "$(xrandr --listmonitors | head -n 1)" = "Monitors: 2" ] || fail "not two monitors"
 
-step "a session bus and a StatusNotifierItem host"
-bus=$(dbus-daemon --session --fork --print-address=1 --nopidfile) || fail "no session bus"
-export DBUS_SESSION_BUS_ADDRESS=$bus
-mkfifo /tmp/host-input
-tolvane-sni-host </tmp/host-input >/tmp/sni.log 2>&1 &
-exec 7>/tmp/host-input
-wait_for "the watcher's name" grep -q watching /tmp/sni.log
-
 step "xev, an ordinary window with the keyboard focus"
 xev -geometry 240x120+40+440 >/tmp/xev.log 2>&1 &
 wait_for "xev's window" xdotool search --name '^Event Tester$'
-probe=$(xdotool search --name '^Event Tester$' | head -n 1)
-xdotool windowfocus --sync "$probe"
+xev_window=$(xdotool search --name '^Event Tester$' | head -n 1)
+xdotool windowfocus --sync "$xev_window"
 xdotool type --delay 50 ab
 wait_for "xev's first key presses" sh -c '[ $(grep -c "^KeyPress event" /tmp/xev.log) -ge 2 ]'
 
-step "start tolvane"
+step "start tolvane; with no tray, its menu comes as a window on the left monitor"
+xdotool mousemove 200 100
 tolvane >/tmp/tolvane.out 2>&1 &
 tolvane_pid=$!
-wait_for "the tray item's registration" grep -q registered /tmp/sni.log
+patience=40 wait_for "the window 'Tolvane'" menu_window
 in_log "tap creation failed" && fail "tolvane could not take the input devices"
 
-step "open the menu from the tray and choose Clean Keyboard"
-xdotool mousemove 200 100
-echo "activate 200 100" >&7
-wait_for "the menu" menu_window
-read -r _ menu_x menu_y menu_w menu_h <<EOF
-$(menu_window)
-EOF
+step "choose Clean Keyboard"
 sleep 1
 shot menu
-disc=$(tolvane-lock-guest find "$fb" 22c1ee 24 "$menu_x" "$menu_y" "$menu_w" "$menu_h")
-set -- $disc
-[ "${1:-0}" -ge 20 ] || fail "no Clean Keyboard row with its cyan disc in the menu ($disc)"
-pointer_click $((($2 + $4) / 2)) $((($3 + $5) / 2))
-wait_for "the menu to close" menu_closed
+set -- $(menu_window)
+click_cyan "Clean Keyboard row with its cyan disc in the menu" "$2" "$3" "$4" "$5"
+wait_for "the window to close" menu_closed
 wait_for "the log line of the lock" in_log "keyboard lock: locked"
 wait_for "an overlay on each monitor" two_overlays
 sleep 1.5
@@ -160,10 +150,7 @@ kill -0 "$tolvane_pid" || fail "tolvane ended while locked"
 two_overlays || fail "the overlays changed while typing: $(overlays | tr '\n' ' ')"
 
 step "click Unlock keyboard on the right monitor"
-button=$(tolvane-lock-guest find "$fb" 22c1ee 24 $width $((height / 2 + 50)) $width $((height / 2 - 50)))
-set -- $button
-[ "${1:-0}" -ge 20 ] || fail "no unlock button on the right monitor ($button)"
-pointer_click $((($2 + $4) / 2)) $((($3 + $5) / 2))
+click_cyan "unlock button on the right monitor" $width $((height / 2 + 50)) $width $((height / 2 - 50))
 wait_for "the log line of the unlock" in_log "keyboard lock: unlocked"
 wait_for "both overlays to go" no_overlay
 sleep 0.5
@@ -173,7 +160,7 @@ step "type after the unlock"
 seen=$(type_on_keyboard 6)
 [ "$seen" = 12 ] || fail "a plain reader saw $seen key events after the unlock, not 12"
 presses=$(key_presses)
-xdotool windowfocus --sync "$probe"
+xdotool windowfocus --sync "$xev_window"
 xdotool type --delay 50 abc
 wait_for "xev's key presses again" sh -c "[ \$(grep -c '^KeyPress event' /tmp/xev.log) -ge $((presses + 3)) ]"
 kill -0 "$tolvane_pid" || fail "tolvane ended"

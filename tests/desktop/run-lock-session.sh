@@ -1,20 +1,19 @@
 #!/bin/bash
 # The keyboard cleaning lock of the real binary on a two-monitor Xvfb, inside the test kernel
 # under qemu: only there are /dev/uinput and real event nodes, so only there may the lock
-# take the keyboards. The host copies Xvfb, xrandr, xdotool, xev, dbus-daemon, Tolvane, the SNI
-# host and every library, plugin, font and keymap they load into an initramfs, boots it, and
-# checks the screen dumps that lock-session-guest.sh sends back over the serial console.
+# take the keyboards. The host copies Xvfb, xrandr, xdotool, xev, Tolvane and every library,
+# plugin, font and keymap they load into an initramfs, boots it, and checks the screen dumps
+# that lock-session-guest.sh sends back over the serial console.
 #
-#   run-lock-session.sh TOLVANE SNI_HOST GUEST_TOOL WORK_DIR
+#   run-lock-session.sh TOLVANE GUEST_TOOL WORK_DIR
 #
 # The screenshots (PNG) and the guest's log stay in WORK_DIR.
 set -euo pipefail
 
 tolvane=$(realpath "$1")
-sni_host=$(realpath "$2")
-guest_tool=$(realpath "$3")
-mkdir -p "$4"
-work=$(realpath "$4")
+guest_tool=$(realpath "$2")
+mkdir -p "$3"
+work=$(realpath "$3")
 here=$(cd "$(dirname "$0")" && pwd)
 tier=desktop
 # shellcheck source=../kernel/guest-lib.sh
@@ -25,16 +24,14 @@ height=600
 
 build_root() {
     local root=$work/root program
-    for program in Xvfb xkbcomp xrandr xdotool xev dbus-daemon convert; do
+    command -v convert >/dev/null || fail "convert is missing on the host (scripts/install-deps --tests)"
+    start_guest_root "$root"
+    for program in Xvfb xkbcomp xrandr xdotool xev; do
         command -v "$program" >/dev/null ||
             fail "$program is missing on the host (scripts/install-deps --tests)"
-    done
-    start_guest_root "$root"
-    for program in Xvfb xkbcomp xrandr xdotool xev dbus-daemon; do
         add_dynamic "$root" "$(command -v "$program")" "/usr/bin/$program"
     done
     add_dynamic "$root" "$tolvane" /usr/bin/tolvane
-    add_dynamic "$root" "$sni_host" /usr/bin/tolvane-sni-host
     cp "$guest_tool" "$root/usr/bin/tolvane-lock-guest"
     add_x_session "$root"
     cp "$here/lock-session-guest.sh" "$root/lock-session.sh"

@@ -6,7 +6,7 @@
 //   items [LABEL]         first "item LABEL" for each enabled entry of the item's menu, top
 //                         down; with LABEL, that entry is clicked as the tray host would
 //   shot FILE             the whole screen as a PNG
-//   move X Y | click BUTTON | key KEYSYM
+//   move X Y | click BUTTON | key KEYSYM...  (keys pressed in order, released in reverse)
 #include <QCoreApplication>
 #include <QDBusArgument>
 #include <QDBusConnection>
@@ -156,10 +156,14 @@ bool run(RemoteInput& input, const QStringList& words) {
         return input.call(QStringLiteral("NotifyPointerButton"), {button, true}) &&
                input.call(QStringLiteral("NotifyPointerButton"), {button, false});
     }
-    if (verb == QStringLiteral("key") && words.size() == 2) {
-        const uint keysym = words[1].toUInt(nullptr, 0);
-        return input.call(QStringLiteral("NotifyKeyboardKeysym"), {keysym, true}) &&
-               input.call(QStringLiteral("NotifyKeyboardKeysym"), {keysym, false});
+    if (verb == QStringLiteral("key") && words.size() >= 2) {
+        bool sent = true;
+        for (qsizetype i = 1; i < 2 * words.size() - 1; ++i) {
+            const bool press = i < words.size();
+            const uint keysym = words[press ? i : 2 * words.size() - 1 - i].toUInt(nullptr, 0);
+            sent = sent && input.call(QStringLiteral("NotifyKeyboardKeysym"), {keysym, press});
+        }
+        return sent;
     }
     return false;
 }

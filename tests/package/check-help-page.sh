@@ -7,13 +7,8 @@
 #
 #   check-help-page.sh BUILD_DIR WORK_DIR
 set -euo pipefail
-here=$(cd "$(dirname "$0")" && pwd)
-source "$here/package-lib.sh"
-
-deb=$(package_file "$1")
-work=$(realpath -m "$2")
-rm -rf "$work"
-mkdir -p "$work"
+source "$(dirname "$0")/package-lib.sh"
+use_package "$@"
 dpkg-deb --extract "$deb" "$work/tree"
 page=$work/tree/usr/share/tolvane/help/input-access.html
 helper=$work/tree/usr/libexec/tolvane/tolvane-grant-input-access

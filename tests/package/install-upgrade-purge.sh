@@ -8,10 +8,7 @@
 set -euo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
 source "$here/package-lib.sh"
-
-deb=$(package_file "$1")
-work=$(realpath -m "$2")
-rm -rf "$work"
+use_package "$@"
 root=$work/root
 # The folders that udev and kmod, both dependencies, would have made.
 mkdir -p "$root/var/lib/dpkg/info" "$root/var/lib/dpkg/updates" "$root/etc/udev/rules.d" \
@@ -23,15 +20,23 @@ home=$work/session/home
 user_files=("$home/.config/Tolvane/Tolvane.conf" "$home/.local/state/Tolvane/Tolvane.log"
     "$home/.config/autostart/tolvane.desktop")
 
-status_of() { dpkg --root="$root" --status tolvane 2>/dev/null | sed -n 's/^Status: //p'; }
-version_of() { dpkg --root="$root" --status tolvane | sed -n 's/^Version: //p'; }
+status_of() { dpkg --root="$root" --status tolvane 2>/dev/null | sed -n "s/^${1:-Status}: //p"; }
+# dpkg on the throwaway root: maintainer scripts run outside a chroot, with DPKG_ROOT set, and
+# the dependencies, which this root does not hold, are not checked here.
+in_root() {
+    local as_root=()
+    [[ $(id -u) -eq 0 ]] || as_root=(fakeroot)
+    PATH=$PATH:/usr/sbin:/sbin "${as_root[@]}" dpkg --root="$root" --log=/dev/null --force-not-root \
+        --force-script-chrootless --force-depends "$@" >"$work/dpkg.log" 2>&1 ||
+        fail "$(cat "$work/dpkg.log")"
+}
 session() {
     "$here/installed-view.sh" "$root" "$here/installed-session.sh" "$1" "$work/session" \
         "$work/packaged"
 }
 
 step "install $(basename "$deb") into $root"
-dpkg_in_root "$root" --install "$deb" >"$work/dpkg.log" 2>&1 || fail "$(cat "$work/dpkg.log")"
+in_root --install "$deb"
 [[ $(status_of) == "install ok installed" ]] || fail "status after install: $(status_of)"
 dpkg --root="$root" --listfiles tolvane >"$work/packaged"
 [[ ! -e $rule ]] || fail "installing wrote the udev rule; only the helper may"
@@ -45,11 +50,11 @@ cp "${user_files[1]}" "$work/first-log"
 
 step "upgrade to a later version of the same package"
 dpkg-deb --raw-extract "$deb" "$work/next"
-version=$(version_of)
+version=$(status_of Version)
 sed -i "s/^Version: .*/Version: $version+1/" "$work/next/DEBIAN/control"
 dpkg-deb --root-owner-group --build "$work/next" "$work/next.deb" >/dev/null
-dpkg_in_root "$root" --install "$work/next.deb" >"$work/dpkg.log" 2>&1 || fail "$(cat "$work/dpkg.log")"
-[[ $(version_of) == "$version+1" ]] || fail "version after the upgrade: $(version_of)"
+in_root --install "$work/next.deb"
+[[ $(status_of Version) == "$version+1" ]] || fail "version after the upgrade: $(status_of Version)"
 [[ -s $rule && -s $modules ]] || fail "the upgrade took away the input access"
 
 session again
@@ -59,7 +64,7 @@ cmp -s -n "$size" "$work/first-log" "${user_files[1]}" || fail "the log was not 
 sha256sum "${user_files[@]}" >"$work/user-files.sha256"
 
 step "remove: the program goes, the input access stays until purge"
-dpkg_in_root "$root" --remove tolvane >"$work/dpkg.log" 2>&1 || fail "$(cat "$work/dpkg.log")"
+in_root --remove tolvane
 [[ $(status_of) == "deinstall ok config-files" ]] || fail "status after remove: $(status_of)"
 left=$(find "$root" -path "$root/var/lib/dpkg" -prune -o -path "$root/etc" -prune -o \
     -not -type d -print)
@@ -67,7 +72,7 @@ left=$(find "$root" -path "$root/var/lib/dpkg" -prune -o -path "$root/etc" -prun
 [[ -s $rule && -s $modules ]] || fail "remove took the input access back; only purge does"
 
 step "purge: the helper's files go, the user's files stay as they were"
-dpkg_in_root "$root" --purge tolvane >"$work/dpkg.log" 2>&1 || fail "$(cat "$work/dpkg.log")"
+in_root --purge tolvane
 [[ -z $(status_of) ]] || fail "status after purge: $(status_of)"
 [[ ! -e $rule ]] || fail "purge left $rule"
 [[ ! -e $modules ]] || fail "purge left $modules"

@@ -14,10 +14,6 @@ if [[ ${TOLVANE_IN_INSTALLED_VIEW:-} != 1 ]]; then
     namespace=(--mount --propagation private)
     [[ $(id -u) -eq 0 ]] || namespace+=(--map-root-user)
     export TOLVANE_IN_INSTALLED_VIEW=1
-    if ! unshare "${namespace[@]}" true; then
-        echo "FAIL: cannot make a mount namespace (unshare ${namespace[*]})" >&2
-        exit 1
-    fi
     exec unshare "${namespace[@]}" -- "$0" "$root" "$@"
 fi
 

@@ -7,11 +7,14 @@ fail() {
     exit 1
 }
 
-# The one package that scripts/package left in BUILD_DIR.
-package_file() {
+# use_package BUILD_DIR WORK_DIR: `deb`, the one package that scripts/package left in
+# BUILD_DIR, and `work`, WORK_DIR made anew.
+use_package() {
     local debs=("$1"/tolvane_*.deb)
     [[ ${#debs[@]} -eq 1 && -f ${debs[0]} ]] || fail "expected one tolvane_*.deb in $1"
-    echo "${debs[0]}"
+    deb=${debs[0]} work=$(realpath -m "$2")
+    rm -rf "$work"
+    mkdir -p "$work"
 }
 
 # The value of KEY in the [Desktop Entry] group of FILE; nothing when it is absent.
@@ -30,13 +33,3 @@ exec_program() {
     echo "$1"
 }
 
-# dpkg on the throwaway root ROOT: maintainer scripts run outside a chroot, with DPKG_ROOT
-# set, and the dependencies, which this root does not hold, are not checked here.
-dpkg_in_root() {
-    local root=$1
-    shift
-    local as_root=()
-    [[ $(id -u) -eq 0 ]] || as_root=(fakeroot)
-    PATH=$PATH:/usr/sbin:/sbin "${as_root[@]}" dpkg --root="$root" --log=/dev/null --force-not-root \
-        --force-script-chrootless --force-depends "$@"
-}

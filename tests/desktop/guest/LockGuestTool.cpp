@@ -8,13 +8,15 @@
 //       "quit" unplugs it.
 //   tolvane-lock-guest find XWD RRGGBB TOLERANCE X Y WIDTH HEIGHT
 //       Prints "COUNT LEFT TOP RIGHT BOTTOM" for the pixels near the colour inside the
-//       rectangle of the screen dump, or "0" when there are none.
-#include "desktop/guest/XwdPicture.h"
+//       rectangle of the screen dump.
 #include "kernel/VirtualDevices.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
+#include <fstream>
+#include <iterator>
 #include <string>
 #include <unistd.h>
 
@@ -67,21 +69,47 @@ int runKeyboard(const char* fifoPath) {
     return 0;
 }
 
+// Xvfb keeps its screen (-fbdir) as an X window dump: 25 big-endian header fields, the window
+// name and the colour map, then the pixels; at depth 24, 32 bits each in the server's byte
+// order, red, green and blue a byte each.
 int runFind(char** argv) {
-    const auto picture = desktoptest::XwdPicture::read(argv[0]);
-    if (!picture) {
-        std::printf("find: %s is not a TrueColor screen dump\n", argv[0]);
+    std::ifstream in(argv[0], std::ios::binary);
+    const std::vector<unsigned char> file((std::istreambuf_iterator<char>(in)),
+                                          std::istreambuf_iterator<char>());
+    const auto field = [&file](std::size_t i) {
+        return file.size() < 100 ? 0u
+                                 : std::uint32_t(file[4 * i]) << 24 | file[4 * i + 1] << 16 |
+                                       file[4 * i + 2] << 8 | file[4 * i + 3];
+    };
+    const std::size_t start = field(0) + field(19) * 12, line = field(12);
+    const int width = int(field(4)), height = int(field(5));
+    if (field(11) != 32 || field(14) != 0xff0000 || field(16) != 0xff ||
+        file.size() < start + line * std::size_t(height)) {
+        std::printf("find: %s is not a 32-bit screen dump\n", argv[0]);
         return 1;
     }
     const auto rgb = std::uint32_t(std::strtoul(argv[1], nullptr, 16));
-    const auto patch = picture->find(rgb, std::atoi(argv[2]), std::atoi(argv[3]),
-                                     std::atoi(argv[4]), std::atoi(argv[5]), std::atoi(argv[6]));
-    if (!patch) {
-        std::printf("0\n");
-    } else {
-        std::printf("%d %d %d %d %d\n", patch->count, patch->left, patch->top, patch->right,
-                    patch->bottom);
+    const int tolerance = std::atoi(argv[2]), x = std::atoi(argv[3]), y = std::atoi(argv[4]);
+    const bool little = field(7) == 0;
+    int count = 0, left = width, top = height, right = -1, bottom = -1;
+    for (int row = std::max(y, 0); row < std::min(y + std::atoi(argv[6]), height); ++row) {
+        for (int column = std::max(x, 0); column < std::min(x + std::atoi(argv[5]), width);
+             ++column) {
+            const unsigned char* p = file.data() + start + line * std::size_t(row) + 4 * column;
+            const int channels[] = {little ? p[2] : p[1], p[1 + (little ? 0 : 1)],
+                                    little ? p[0] : p[3]};
+            bool near = true;
+            for (int c = 0; c < 3; ++c) {
+                near = near && std::abs(channels[c] - int(rgb >> (16 - 8 * c) & 0xff)) <= tolerance;
+            }
+            if (near) {
+                ++count;
+                left = std::min(left, column), right = std::max(right, column);
+                top = std::min(top, row), bottom = std::max(bottom, row);
+            }
+        }
     }
+    std::printf("%d %d %d %d %d\n", count, left, top, right, bottom);
     return 0;
 }
 
