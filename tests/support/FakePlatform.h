@@ -90,12 +90,11 @@ public:
         callbacks.added(device);
     }
     void unplug(const std::string& id) {
-        for (auto d = present.begin(); d != present.end(); ++d) {
-            if (d->id == id) {
-                const platform::PointerDevice gone = *d;
-                present.erase(d);
-                return callbacks.removed(gone);
-            }
+        const auto gone = std::ranges::find(present, id, &platform::PointerDevice::id);
+        if (gone != present.end()) {
+            const platform::PointerDevice device = *gone;
+            present.erase(gone);
+            callbacks.removed(device);
         }
     }
 
