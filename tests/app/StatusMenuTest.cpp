@@ -119,7 +119,6 @@ TEST_F(StatusMenu, ItemsAndTheirShortcutsActAndTheNextMenuShowsTheResult) {
     EXPECT_FALSE(delegate->isInverting());
     EXPECT_EQ(storedText("mode"), "mouse");
     settle();
-    EXPECT_FALSE(delegate->statsForTesting().isSampling());
     EXPECT_TRUE(itemNamed(delegate->menu(), "Switch to Natural scrolling"));
     EXPECT_TRUE(itemNamed(delegate->hostDrawnMenu(), "Switch to Natural scrolling"));
 

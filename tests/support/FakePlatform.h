@@ -109,15 +109,11 @@ public:
     using Recording::Recording;
     bool grab() override {
         recorder.record(grantable ? "keyboard.grab -> true" : "keyboard.grab -> false");
-        return held = grantable;
+        return grantable;
     }
-    void release() override {
-        recorder.record("keyboard.release");
-        held = false;
-    }
+    void release() override { recorder.record("keyboard.release"); }
 
     bool grantable = true;
-    bool held = false;
 };
 
 class FakeHostStatistics final : public platform::HostStatistics {

@@ -20,7 +20,6 @@ TEST(LogFileLine, IsAUtcTimestampToTheSecondABlankTheEscapedMessageAndALineFeed)
               "1970-01-01T00:00:00Z a\\r\\tb\\x1b[2J\\x7f\\x00\\u0085z\n");
     EXPECT_EQ(systemLogEntry("mouse connected: A\nB"), "Tolvane: mouse connected: A\\nB");
     EXPECT_EQ(logFileLine(4102444799, ""), "2099-12-31T23:59:59Z \n");
-    EXPECT_EQ(systemLogEntry("keyboard lock: locked"), "Tolvane: keyboard lock: locked");
 }
 
 TEST(Elapsed, CountsWholeMinutesAndSecondsOfTheDistanceWithoutAnHoursField) {
