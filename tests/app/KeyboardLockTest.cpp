@@ -1,6 +1,5 @@
 #include "Tolvane/KeyboardLock.h"
 #include "Tolvane/CleaningOverlay.h"
-#include "Tolvane/Log.h"
 #include "Tolvane/ScreenBackdrop.h"
 #include "Tolvane/UnlockButton.h"
 #include "support/AppHarness.h"
@@ -10,7 +9,6 @@
 #include <QPainter>
 #include <QPointer>
 #include <QScreen>
-#include <QShortcut>
 #include <QTest>
 
 #include <gtest/gtest.h>
@@ -62,7 +60,6 @@ TEST_F(Overlay, DarkensTheBlurredScreenPictureOrWithoutOneIsASeeThroughLayer) {
     EXPECT_TRUE(left.red() < 200 && left.red() > 3 * left.blue() && left.alpha() == 255);
     EXPECT_TRUE(right.blue() < 200 && right.blue() > 3 * right.red());
     EXPECT_TRUE(shot.pixelColor(500, 40).red() > 45 && shot.pixelColor(500, 40).blue() > 45);
-    EXPECT_EQ(overlay->clockText(), "00:00");
 
     make(QImage());
     shot = picture();
@@ -90,38 +87,10 @@ TEST_F(Overlay, DarkensTheBlurredScreenPictureOrWithoutOneIsASeeThroughLayer) {
     EXPECT_NEAR(ink(narrow, narrow.rect()), wide, wide / 20);
 }
 
-// The hover ease is driven through Qt's animation clock, with no waiting.
-TEST_F(Overlay, HoverGrowsTheCapsuleAndItsGlowAndLeavingRestoresTheRestingLook) {
-    AnimationClock clock;
-    make(filled(QSize(100, 70), Qt::black), true);
-    const QRectF capsule = button().capsuleRect();
-    const QRect around = QRect(button().mapTo(overlay.get(), QPoint(0, 0)), button().size());
-    const QImage resting = picture().copy(around);
-    QTest::mouseMove(&button(), capsuleCentre());
-    ASSERT_TRUE(button().hovering());
-    clock.advance(300);
-    const QImage hovered = picture().copy(around);
-    // The capsule grows past its resting right end.
-    const QPoint pastEnd(int(capsule.right()) + 2, int(capsule.center().y()));
-    EXPECT_GT(hovered.pixelColor(pastEnd).blue(), resting.pixelColor(pastEnd).blue() + 60);
-    QTest::mouseMove(overlay.get(), QPoint(20, 20));
-    EXPECT_FALSE(button().hovering());
-    clock.advance(300);
-    EXPECT_EQ(picture().copy(around), resting);
-}
-
-TEST_F(Overlay, OnlyACompletedClickOnTheCapsuleUnlocksAndNoKeyOrShortcutDoesAnything) {
-    QWidget elsewhere;
-    int quits = 0;
-    QShortcut quit(QKeySequence(QStringLiteral("Ctrl+Q")), &elsewhere);
-    quit.setContext(Qt::ApplicationShortcut);
-    QObject::connect(&quit, &QShortcut::activated, [&quits] { ++quits; });
-    elsewhere.show();
-    elsewhere.activateWindow();
-    ASSERT_TRUE(QTest::qWaitForWindowActive(&elsewhere));
-    QTest::keyClick(&elsewhere, Qt::Key_Q, Qt::ControlModifier);
-    ASSERT_EQ(quits, 1) << "the shortcut works outside the overlay";
-
+// Neither Return, Space nor any other key on the overlay or its button unlocks, whatever has
+// the focus. (That typing and Ctrl+Q on a locked keyboard reach nothing, the lock session on a
+// real X server shows.)
+TEST_F(Overlay, OnlyACompletedClickOnTheCapsuleUnlocksAndNoKeyDoesAnything) {
     make(QImage(), true);
     for (QWidget* target :
          std::initializer_list<QWidget*>{overlay.get(), overlay->unlockButton()}) {
@@ -129,10 +98,7 @@ TEST_F(Overlay, OnlyACompletedClickOnTheCapsuleUnlocksAndNoKeyOrShortcutDoesAnyt
                             Qt::Key_Tab, Qt::Key_U, Qt::Key_VolumeUp}) {
             QTest::keyClick(target, key);
         }
-        QTest::keyClick(target, Qt::Key_Q, Qt::ControlModifier);
-        QTest::keyClick(target, Qt::Key_F4, Qt::AltModifier);
     }
-    EXPECT_EQ(quits, 1);
     EXPECT_TRUE(overlay->isVisible());
     EXPECT_FALSE(button().hasFocus());
 
@@ -153,34 +119,38 @@ const std::string refused = "log: Tolvane: keyboard lock: tap creation failed";
 const QRect mainScreen(0, 0, 800, 800);
 
 // A lock on the recording keyboard grab, with its changes and its log lines in one journal.
-class LockTest : public ::testing::Test {
+class LockTest : public AppHarness {
 protected:
     void SetUp() override {
-        Log::setSystemLog(&fakes.systemLog);
-        lock = std::make_unique<KeyboardLock>(fakes.keyboard);
+        AppHarness::SetUp();
+        lock = std::make_unique<KeyboardLock>(fakes().keyboard);
         lock->onChange = [this](bool on) {
-            fakes.recorder.record(std::string("onChange(") + (on ? "true" : "false") + ") with " +
-                                  std::to_string(overlayWindows(true).size()) + " shown");
+            recorder().record(std::string("onChange(") + (on ? "true" : "false") + ") with " +
+                              std::to_string(overlayWindows(true).size()) + " shown");
         };
     }
     void TearDown() override {
         lock.reset();
-        settle();
         setOffscreenScreens({});
-        Log::setSystemLog(nullptr);
+        AppHarness::TearDown();
     }
-    const Journal& journal() const { return fakes.recorder.calls; }
-    static void clickUnlockOn(CleaningOverlay* overlay) {
-        UnlockButton* button = overlay->unlockButton();
-        QTest::mouseClick(button, Qt::LeftButton, {}, button->capsuleRect().center().toPoint());
-    }
+    const Journal& journal() { return recorder().calls; }
 
-    FakePlatform fakes;
     std::unique_ptr<KeyboardLock> lock;
 };
 
+// A refused grab logs, returns false and shows nothing, each time; a granted one covers the
+// screen and tells once however often it is asked.
 TEST_F(LockTest, LockGrabsCoversTheScreenLogsAndTellsOnceAndUnlockUndoesIt) {
+    fakes().keyboard.grantable = false;
+    EXPECT_FALSE(lock->lock());
+    EXPECT_FALSE(lock->lock());
     lock->unlock();
+    EXPECT_EQ(journal(),
+              (Journal{"keyboard.grab -> false", refused, "keyboard.grab -> false", refused}));
+    EXPECT_TRUE(overlayWindows().isEmpty());
+    recorder().clear();
+    fakes().keyboard.grantable = true;
     for (int repeat = 0; repeat < 3; ++repeat) {
         EXPECT_TRUE(lock->lock());
     }
@@ -194,11 +164,10 @@ TEST_F(LockTest, LockGrabsCoversTheScreenLogsAndTellsOnceAndUnlockUndoesIt) {
         Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint | Qt::X11BypassWindowManagerHint));
     EXPECT_TRUE(QTest::qWaitForWindowActive(overlay));
 
-    fakes.recorder.clear();
+    recorder().clear();
     lock->unlock();
     lock->unlock();
     EXPECT_FALSE(lock->locked());
-    EXPECT_FALSE(fakes.keyboard.held);
     EXPECT_EQ(journal(), (Journal{"keyboard.release", unlocked, "onChange(false) with 0 shown"}));
     settle();
     EXPECT_TRUE(overlay.isNull());
@@ -207,17 +176,6 @@ TEST_F(LockTest, LockGrabsCoversTheScreenLogsAndTellsOnceAndUnlockUndoesIt) {
     const QPointer<CleaningOverlay> second = overlayWindows().value(0);
     lock.reset();
     EXPECT_TRUE(second.isNull()) << "a locked lock takes its windows with it";
-}
-
-TEST_F(LockTest, ARefusedGrabLogsReturnsFalseAndShowsNothingEachTime) {
-    fakes.keyboard.grantable = false;
-    EXPECT_FALSE(lock->lock());
-    EXPECT_FALSE(lock->lock());
-    lock->unlock();
-    EXPECT_FALSE(lock->locked());
-    EXPECT_EQ(journal(),
-              (Journal{"keyboard.grab -> false", refused, "keyboard.grab -> false", refused}));
-    EXPECT_TRUE(overlayWindows().isEmpty());
 }
 
 // Each screen has its overlay, whose button unlocks all; a screen that comes, goes or changes
@@ -229,7 +187,7 @@ TEST_F(LockTest, OverlaysFollowTheScreensWhileLockedAndAnyButtonUnlocksAll) {
     ASSERT_TRUE(lock->lock());
     ASSERT_EQ(overlayWindows(true).size(), 2);
     const QRect side(800, 0, 640, 480);
-    fakes.recorder.clear();
+    recorder().clear();
     ASSERT_TRUE(setOffscreenScreens(
         {{QString(), mainScreen}, {"other", {0, 800, 640, 480}}, {"side", side}}));
     QList<CleaningOverlay*> overlays = overlayWindows(true);
@@ -249,7 +207,8 @@ TEST_F(LockTest, OverlaysFollowTheScreensWhileLockedAndAnyButtonUnlocksAll) {
     EXPECT_TRUE(lock->locked());
     EXPECT_TRUE(journal().empty());
 
-    clickUnlockOn(overlays[1]);
+    UnlockButton* button = overlays[1]->unlockButton();
+    QTest::mouseClick(button, Qt::LeftButton, {}, button->capsuleRect().center().toPoint());
     EXPECT_FALSE(lock->locked());
     EXPECT_EQ(journal(), (Journal{"keyboard.release", unlocked, "onChange(false) with 0 shown"}));
     settle();

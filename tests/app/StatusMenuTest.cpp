@@ -1,9 +1,7 @@
 #include "Tolvane/MenuViews.h"
 #include "support/AppHarness.h"
 
-#include <QApplication>
 #include <QMenu>
-#include <QMessageBox>
 #include <QPointer>
 #include <QSignalSpy>
 #include <QSystemTrayIcon>
@@ -16,14 +14,16 @@
 namespace tolvane::testing {
 namespace {
 
+using Lines = std::vector<std::string>;
+
 QWidget* rowOf(QAction* action) {
     auto* hosted = qobject_cast<QWidgetAction*>(action);
     return hosted ? hosted->defaultWidget() : nullptr;
 }
 
 // One line for each item: rows by kind, plain items with their check mark, image and keys.
-std::vector<std::string> describe(QMenu* menu) {
-    std::vector<std::string> lines;
+Lines describe(QMenu* menu) {
+    Lines lines;
     for (QAction* action : menu->actions()) {
         QWidget* row = rowOf(action);
         std::string line = action->isSeparator()                  ? "---"
@@ -44,20 +44,30 @@ std::vector<std::string> describe(QMenu* menu) {
     return lines;
 }
 
+// A left click on the row of item `index`, on the card of a clean row.
+void clickRow(QMenu* menu, int index) {
+    QWidget* row = rowOf(menu->actions()[index]);
+    auto* clean = dynamic_cast<CleanKeyboardRow*>(row);
+    const QPoint at = clean ? clean->buttonRect().center().toPoint() : row->rect().center();
+    QTest::mouseClick(menu->windowHandle(), Qt::LeftButton, {}, row->mapTo(menu, at));
+}
+
 class StatusMenu : public AppHarness {};
 
-TEST_F(StatusMenu, ItemsTextsOrderAndShortcutsFollowTheStateInBothForms) {
+// Without input access a warning item opens the help, or says where it is when no program
+// opens it, and the clean row is off.
+TEST_F(StatusMenu, ItemsTextsOrderAndShortcutsFollowTheStateAndAccessInBothForms) {
     launch(true);
-    const std::vector<std::string> first{"[header]",
-                                         "[stats]",
-                                         "[clean]",
-                                         "---",
-                                         "[caption]",
-                                         "Switch to Mouse scrolling +icon <Ctrl+T>",
-                                         "Auto-switch when mouse connects [x]",
-                                         "---",
-                                         "Launch at login [ ]",
-                                         "Quit Tolvane <Ctrl+Q>"};
+    const Lines first{"[header]",
+                      "[stats]",
+                      "[clean]",
+                      "---",
+                      "[caption]",
+                      "Switch to Mouse scrolling +icon <Ctrl+T>",
+                      "Auto-switch when mouse connects [x]",
+                      "---",
+                      "Launch at login [ ]",
+                      "Quit Tolvane <Ctrl+Q>"};
     EXPECT_EQ(describe(delegate->menu()), first);
 
     reset();
@@ -65,45 +75,36 @@ TEST_F(StatusMenu, ItemsTextsOrderAndShortcutsFollowTheStateInBothForms) {
     fakes().login.enabled = true;
     fakes().pointers.present.push_back({"usb-1", {1, 2, 0, "USB Mouse"}});
     launch(true);
-    std::vector<std::string> expected = first;
+    Lines expected = first;
     expected[5] = "Switch to Natural scrolling +icon <Ctrl+T>";
     expected[6] = "Auto-switch when mouse connects [ ]";
     expected[8] = "Launch at login [x]";
     EXPECT_EQ(describe(delegate->menu()), expected);
-    EXPECT_EQ(describe(delegate->hostDrawnMenu()),
-              (std::vector<std::string>{"Open Tolvane", "Scrolling reversed \u00B7 Mouse (off)",
-                                        "Clean Keyboard", "---", "Scrolling (off)", expected[5],
-                                        expected[6], "---", expected[8], expected[9]}));
-}
+    EXPECT_EQ(
+        describe(delegate->hostDrawnMenu()),
+        (Lines{"Open Tolvane", "Scrolling reversed \u00B7 Mouse (off)", "Clean Keyboard", "---",
+               "Scrolling (off)", expected[5], expected[6], "---", expected[8], expected[9]}));
 
-// Without input access a warning item opens the help, or says where it is when no program
-// opens it, and the clean row is off.
-TEST_F(StatusMenu, WithoutInputAccessAWarningOpensHelpAndTheCleanRowIsOff) {
+    reset();
     fakes().access.trusted = false;
     launch(true);
-    EXPECT_EQ(describe(delegate->hostDrawnMenu()),
-              (std::vector<std::string>{"Open Tolvane", "Natural scrolling \u00B7 No mouse (off)",
-                                        "\u26A0\uFE0E Needs input access (off)",
-                                        "Clean Keyboard (off)", "---", "Scrolling (off)",
-                                        "Switch to Mouse scrolling +icon <Ctrl+T>",
-                                        "Auto-switch when mouse connects [x]", "---",
-                                        "Launch at login [ ]", "Quit Tolvane <Ctrl+Q>"}));
+    expected = {"Open Tolvane",
+                "Natural scrolling \u00B7 No mouse (off)",
+                "\u26A0\uFE0E Needs input access (off)",
+                "Clean Keyboard (off)",
+                "---",
+                "Scrolling (off)"};
+    expected.insert(expected.end(), first.begin() + 5, first.end());
+    EXPECT_EQ(describe(delegate->hostDrawnMenu()), expected);
     QAction* warning = delegate->menu()->actions()[1];
     ASSERT_EQ(describe(delegate->menu())[1], "\u26A0\uFE0E Needs input access");
     recorder().clear();
     warning->trigger();
-    EXPECT_EQ(recorder().calls, (std::vector<std::string>{"access.openHelp"}));
+    EXPECT_EQ(recorder().calls, (Lines{"access.openHelp"}));
     fakes().access.helpOpens = false;
-    QString told;
-    QObject scope; // takes the answer away with the test, had no message come
-    QTimer::singleShot(0, &scope, [&told] {
-        auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-        ASSERT_NE(box, nullptr);
-        told = box->informativeText();
-        box->accept();
-    });
+    const auto told = answerAlert();
     warning->trigger();
-    EXPECT_TRUE(told.contains(QLatin1String("/usr/share/tolvane/help/input-access.html")));
+    EXPECT_NE(told->find("\n/usr/share/tolvane/help/input-access.html\n"), std::string::npos);
 }
 
 // A shortcut closes the menu as a click does, then acts; each choice is applied and stored at
@@ -118,7 +119,6 @@ TEST_F(StatusMenu, ItemsAndTheirShortcutsActAndTheNextMenuShowsTheResult) {
     EXPECT_FALSE(delegate->isInverting());
     EXPECT_EQ(storedText("mode"), "mouse");
     settle();
-    EXPECT_FALSE(delegate->statsForTesting().isSampling());
     EXPECT_TRUE(itemNamed(delegate->menu(), "Switch to Natural scrolling"));
     EXPECT_TRUE(itemNamed(delegate->hostDrawnMenu(), "Switch to Natural scrolling"));
 
@@ -141,9 +141,8 @@ TEST_F(StatusMenu, ItemsAndTheirShortcutsActAndTheNextMenuShowsTheResult) {
     std::erase_if(recorder().calls,
                   [](const std::string& c) { return c.starts_with("log: Tolvane: apply"); });
     EXPECT_EQ(recorder().calls,
-              (std::vector<std::string>{
-                  "login.setEnabled true", "login.setEnabled false", "login.setEnabled true",
-                  "log: Tolvane: login item change failed: Permission denied"}));
+              (Lines{"login.setEnabled true", "login.setEnabled false", "login.setEnabled true",
+                     "log: Tolvane: login item change failed: Permission denied"}));
 
     open = openMenu();
     QSignalSpy quitChosen(itemNamed(open, "Quit Tolvane"), &QAction::triggered);
@@ -210,52 +209,24 @@ TEST_F(StatusMenu, TheTrayIconOpensTheMenuAndThePanelWindowClosesLikeOne) {
     delegate->openMenu();
     window = delegate->menuWindow();
     ASSERT_TRUE(window && QTest::qWaitForWindowActive(window));
-    QWidget* row = rowOf(window->actions()[2]);
-    QTest::mouseClick(
-        window->windowHandle(), Qt::LeftButton, {},
-        row->mapTo(window, dynamic_cast<CleanKeyboardRow*>(row)->buttonRect().center().toPoint()));
+    clickRow(window, 2);
     EXPECT_TRUE(!window || !window->isVisible());
 }
 
-TEST_F(StatusMenu, AClickOnTheCleanRowClosesTheMenuThenLocksTheKeyboard) {
+TEST_F(StatusMenu, AClickOnTheCleanRowAloneClosesTheMenuThenLocksTheKeyboard) {
     launch(true);
     QMenu* menu = openMenu();
-    auto* row = dynamic_cast<CleanKeyboardRow*>(rowOf(menu->actions()[2]));
-    ASSERT_NE(row, nullptr);
+    for (int index : {0, 1, 4}) {
+        clickRow(menu, index);
+        EXPECT_TRUE(menu->isVisible()) << index;
+    }
     recorder().clear();
-    QTest::mouseClick(menu->windowHandle(), Qt::LeftButton, {},
-                      row->mapTo(menu, row->buttonRect().center().toPoint()));
+    clickRow(menu, 2);
     EXPECT_FALSE(menu->isVisible());
     EXPECT_TRUE(recorder().matching("keyboard.").empty()) << "the lock waits for the delay";
     settle(100);
-    EXPECT_EQ(recorder().matching("keyboard."),
-              (std::vector<std::string>{"keyboard.grab -> true"}));
+    EXPECT_EQ(recorder().matching("keyboard."), (Lines{"keyboard.grab -> true"}));
     EXPECT_TRUE(delegate->lockForTesting().locked());
-}
-
-TEST_F(StatusMenu, ClicksOnTheOtherRowsOrADisabledCleanRowLeaveTheMenuOpen) {
-    fakes().access.trusted = false;
-    launch(true);
-    QMenu* menu = openMenu();
-    for (int index : {0, 2, 3, 5}) {
-        QWidget* row = rowOf(menu->actions()[index]);
-        QTest::mouseClick(menu->windowHandle(), Qt::LeftButton, {},
-                          row->mapTo(menu, row->rect().center()));
-        EXPECT_TRUE(menu->isVisible()) << index;
-    }
-    settle(100);
-    EXPECT_TRUE(recorder().matching("keyboard.").empty());
-}
-
-TEST_F(StatusMenu, TheTrayIconHasTwoFormsThatFollowTheMode) {
-    launch(true);
-    const auto icon = [this] { return delegate->trayIcon()->icon().pixmap(22, 22).toImage(); };
-    const QImage natural = icon();
-    EXPECT_EQ(delegate->trayIcon()->toolTip(), QStringLiteral("Tolvane: natural scrolling"));
-    delegate->manualToggle();
-    EXPECT_NE(icon(), natural);
-    delegate->manualToggle();
-    EXPECT_EQ(icon(), natural);
 }
 
 } // namespace

@@ -1,10 +1,7 @@
 #include <QApplication>
-#include <QDir>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
-
-#include <cstdlib>
 
 // The app tier runs on Qt's offscreen platform, with HOME and the XDG folders in a temporary
 // directory so that no test touches the user's files.

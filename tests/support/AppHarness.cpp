@@ -2,10 +2,13 @@
 
 #include "Tolvane/Log.h"
 
-#include <QCoreApplication>
+#include <QAbstractButton>
+#include <QApplication>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QMessageBox>
+#include <QTimer>
 #include <QUuid>
 
 namespace tolvane::testing {
@@ -30,6 +33,23 @@ QAction* itemNamed(QMenu* menu, const QString& text) {
         }
     }
     return nullptr;
+}
+
+std::shared_ptr<std::string> answerAlert(const QString& answer) {
+    auto seen = std::make_shared<std::string>();
+    QTimer::singleShot(0, [answer, seen] {
+        auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+        ASSERT_NE(box, nullptr);
+        *seen = (box->text() + "\n" + box->informativeText()).toStdString();
+        QAbstractButton* chosen = nullptr;
+        for (QAbstractButton* button : box->buttons()) {
+            *seen += "\n[" + button->text().toStdString() + "]";
+            chosen = button->text() == answer || answer.isEmpty() ? button : chosen;
+        }
+        ASSERT_NE(chosen, nullptr) << "no button " << answer.toStdString();
+        chosen->click();
+    });
+    return seen;
 }
 
 void AppHarness::TearDown() {

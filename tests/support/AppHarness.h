@@ -18,6 +18,10 @@ void settle(int ms = 0);
 // The item of `menu` with `text`, or null.
 QAction* itemNamed(QMenu* menu, const QString& text);
 
+// Answers the next modal alert with its button `answer` (any button when empty); gives what it
+// showed: the text, the explanation and the buttons, one a line.
+std::shared_ptr<std::string> answerAlert(const QString& answer = {});
+
 // An AppDelegate on recording fakes with its settings in a file of its own.
 class AppHarness : public ::testing::Test {
 protected:

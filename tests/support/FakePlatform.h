@@ -90,12 +90,11 @@ public:
         callbacks.added(device);
     }
     void unplug(const std::string& id) {
-        for (auto d = present.begin(); d != present.end(); ++d) {
-            if (d->id == id) {
-                const platform::PointerDevice gone = *d;
-                present.erase(d);
-                return callbacks.removed(gone);
-            }
+        const auto gone = std::ranges::find(present, id, &platform::PointerDevice::id);
+        if (gone != present.end()) {
+            const platform::PointerDevice device = *gone;
+            present.erase(gone);
+            callbacks.removed(device);
         }
     }
 
@@ -110,15 +109,11 @@ public:
     using Recording::Recording;
     bool grab() override {
         recorder.record(grantable ? "keyboard.grab -> true" : "keyboard.grab -> false");
-        return held = grantable;
+        return grantable;
     }
-    void release() override {
-        recorder.record("keyboard.release");
-        held = false;
-    }
+    void release() override { recorder.record("keyboard.release"); }
 
     bool grantable = true;
-    bool held = false;
 };
 
 class FakeHostStatistics final : public platform::HostStatistics {

@@ -59,14 +59,6 @@ bool closeTo(QColor a, QColor b, int tolerance) {
            std::abs(a.alpha() - b.alpha()) <= tolerance;
 }
 
-void AnimationClock::advance(int ms) {
-    for (int round = 0; round < 3; ++round) {
-        QCoreApplication::processEvents(); // animations start through the event loop
-    }
-    now += ms;
-    QAnimationDriver::advance();
-}
-
 bool setOffscreenScreens(std::vector<OffscreenScreen> screens) {
     QPlatformNativeInterface* native = QGuiApplication::platformNativeInterface();
     void* call = QGuiApplication::platformName() == QLatin1String("offscreen") && native

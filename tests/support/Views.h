@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QAbstractAnimation>
 #include <QColor>
 #include <QImage>
 #include <QList>
@@ -30,18 +29,6 @@ int strongestInk(const QImage& image, const QRect& area, QColor background);
 
 // Whether every channel of `a`, alpha included, lies within `tolerance` of `b`'s.
 bool closeTo(QColor a, QColor b, int tolerance);
-
-// Drives every Qt animation from the test instead of the wall clock, while it lives.
-class AnimationClock : public QAnimationDriver {
-public:
-    AnimationClock() { install(); }
-    ~AnimationClock() override { uninstall(); }
-    qint64 elapsed() const override { return now; }
-    void advance(int ms);
-
-private:
-    qint64 now = 0;
-};
 
 // The screens of Qt's offscreen platform, changed while a test runs as a desktop changes them
 // when a monitor is plugged in or out. A screen keeps its identity by name; the first screen

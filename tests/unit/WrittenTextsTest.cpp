@@ -20,7 +20,6 @@ TEST(LogFileLine, IsAUtcTimestampToTheSecondABlankTheEscapedMessageAndALineFeed)
               "1970-01-01T00:00:00Z a\\r\\tb\\x1b[2J\\x7f\\x00\\u0085z\n");
     EXPECT_EQ(systemLogEntry("mouse connected: A\nB"), "Tolvane: mouse connected: A\\nB");
     EXPECT_EQ(logFileLine(4102444799, ""), "2099-12-31T23:59:59Z \n");
-    EXPECT_EQ(systemLogEntry("keyboard lock: locked"), "Tolvane: keyboard lock: locked");
 }
 
 TEST(Elapsed, CountsWholeMinutesAndSecondsOfTheDistanceWithoutAnHoursField) {
@@ -34,16 +33,11 @@ TEST(Elapsed, CountsWholeMinutesAndSecondsOfTheDistanceWithoutAnHoursField) {
         {0, 0.999, "00:00"}, // cut off, never rounded up
         {0, 59.9, "00:59"},
         {0, 61.5, "01:01"},
-        {0, 3599, "59:59"},
         {0, 3600, "60:00"},
-        {0, 6000, "100:00"},
-        {1795016661.25, 1795016661.25 + 59.9, "00:59"},
         {1795016661.75, 1795016662.5, "00:00"},
         {-30, 30, "01:00"},
-        {10, 9.5, "00:00"}, // an end before the start
-        {0, -3600, "00:00"},
+        {10, 9.5, "00:00"},                          // an end before the start
         {0, 2147483647.0 * 60 + 7, "2147483647:07"}, // past a 32-bit minute
-        {0, 1e300, "153333333333333333:20"},
         {0, inf, "153333333333333333:20"},
         {0, -inf, "00:00"},
         {0, std::numeric_limits<double>::quiet_NaN(), "00:00"},
@@ -63,9 +57,7 @@ TEST(AutostartEntry, HiddenForeignOrGarbageEntriesAreNotEnabled) {
              {"[Desktop Entry]\nType=Application\nExec=/usr/bin/other\n", false},
              {"[Desktop Entry]\nExec=/usr/bin/tolvane-extra\n", false},
              {"[Desktop Entry]\nName=Tolvane\nExec=tolvane\n", true}, // a copied application entry
-             {"[Desktop Entry]\nExec=\"/opt/a b/tolvane\" --x\n", true},
              {ours + "Hidden=true\n", false},
-             {ours + "Hidden=false\n", true},
              {ours + "[Desktop Action x]\nHidden=true\n", true},
              {"[Desktop Entry]\nName=x\n[Other]\nExec=tolvane\n", false},
              {"# hi\r\n[Desktop Entry]\r\nExec=tolvane\r\n", true}}) {
