@@ -58,14 +58,14 @@ TEST(LinuxInputTest, RefusesTheTapAndTheHoldWhenTheDevicesCannotBeUsed) {
     QTemporaryDir root;
     ASSERT_TRUE(QDir(root.path()).mkdir(QStringLiteral("input")));
     oslinux::LinuxInput input(root.path().toStdString());
-    EXPECT_FALSE(input.scrollTap().create(nullptr, nullptr)) << "no uinput under the root";
-    EXPECT_TRUE(input.pointers().current().empty());
+    EXPECT_FALSE(input.router().create(nullptr, nullptr)) << "no uinput under the root";
+    EXPECT_TRUE(input.router().current().empty());
 
     QFile node(root.path() + QStringLiteral("/input/event0")); // no event device
     ASSERT_TRUE(node.open(QIODevice::WriteOnly));
     node.close();
-    EXPECT_FALSE(input.keyboard().grab());
-    input.keyboard().release();
+    EXPECT_FALSE(input.router().grab());
+    input.router().release();
 }
 
 TEST(BackgroundCloseTest, ClosesEveryDescriptorHandedToIt) {

@@ -106,9 +106,8 @@ TEST_F(DeviceRoles, EachKindOfDeviceIsReportedInvertedAndHeldByWhatItCanSend) {
         ASSERT_TRUE(devices.back());
     }
     start();
-    layer->pointers().open(
-        {[](const platform::PointerDevice&) {}, [](const platform::PointerDevice&) {}});
-    const auto current = layer->pointers().current();
+    layer->open({[](const platform::PointerDevice&) {}, [](const platform::PointerDevice&) {}});
+    const auto current = layer->current();
     for (std::size_t i = 0; i < rows().size(); ++i) {
         std::string seen;
         for (const auto& pointer : current) {
@@ -123,15 +122,15 @@ TEST_F(DeviceRoles, EachKindOfDeviceIsReportedInvertedAndHeldByWhatItCanSend) {
     }
 
     inverting = true;
-    ASSERT_TRUE(layer->scrollTap().create(&invert, nullptr));
+    ASSERT_TRUE(layer->create(&invert, nullptr));
     for (std::size_t i = 0; i < rows().size(); ++i) {
         expectDesktopSees(rows()[i], *devices[i], rows()[i].inverted, "inverting");
     }
-    ASSERT_TRUE(layer->keyboard().grab());
+    ASSERT_TRUE(layer->grab());
     for (std::size_t i = 0; i < rows().size(); ++i) {
         expectDesktopSees(rows()[i], *devices[i], rows()[i].held, "held");
     }
-    layer->keyboard().release();
+    layer->release();
     inverting = false;
     ASSERT_TRUE(loop.turnUntil([&] { return nodesNamed(keyboardWithTouchpad().name).size() == 1; }))
         << "the clone made for the hold outlived it";
@@ -173,11 +172,11 @@ TEST_F(DeviceRoles, ARefusedTapOrHoldLeavesNothingTaken) {
         start(root.path());
         NodeReader mouseFree(mouse->path()), keyboardFree(keyboard->path());
 
-        EXPECT_EQ(layer->scrollTap().create(&invert, nullptr), c.tapMade);
+        EXPECT_EQ(layer->create(&invert, nullptr), c.tapMade);
         if (!c.otherHoldsMouse) {
             EXPECT_EQ(mouseFree.tryGrab(), !c.tapMade) << "the mouse";
         }
-        EXPECT_EQ(layer->keyboard().grab(), c.holdTaken);
+        EXPECT_EQ(layer->grab(), c.holdTaken);
         if (!c.otherHoldsKeyboard) {
             EXPECT_EQ(keyboardFree.tryGrab(), !c.holdTaken) << "the keyboard";
         }

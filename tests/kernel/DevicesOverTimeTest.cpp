@@ -19,9 +19,8 @@ void invert(void*, InputEvent* events, std::size_t count) {
 class DevicesOverTime : public GuestFixture {
 protected:
     void openMonitor() {
-        layer->pointers().open(
-            {[this](const platform::PointerDevice& d) { added.push_back(d); },
-             [this](const platform::PointerDevice& d) { removed.push_back(d); }});
+        layer->open({[this](const platform::PointerDevice& d) { added.push_back(d); },
+                     [this](const platform::PointerDevice& d) { removed.push_back(d); }});
     }
     // The one clone of `device`, named as it is.
     std::string cloneOf(const VirtualDevice& device, const std::string& name) {
@@ -37,8 +36,8 @@ TEST_F(DevicesOverTime, AMouseAndAKeyboardPluggedInLaterAreTakenAndTheirUnplugDr
     auto first = VirtualDevice::plug(usbMouse("Tolvane Test First Mouse"));
     start();
     openMonitor();
-    ASSERT_TRUE(layer->scrollTap().create(&invert, nullptr));
-    ASSERT_TRUE(layer->keyboard().grab());
+    ASSERT_TRUE(layer->create(&invert, nullptr));
+    ASSERT_TRUE(layer->grab());
     loop.settle(); // the clone's own arrival is seen here
     EXPECT_TRUE(added.empty()) << "a clone or a device present at open() came as an arrival";
 
@@ -48,7 +47,7 @@ TEST_F(DevicesOverTime, AMouseAndAKeyboardPluggedInLaterAreTakenAndTheirUnplugDr
     const input_id cloneId = firstClone.id(), originalId = NodeReader(first->path()).id();
     EXPECT_EQ(std::tie(cloneId.bustype, cloneId.vendor, cloneId.product),
               std::tie(originalId.bustype, originalId.vendor, originalId.product));
-    EXPECT_EQ(layer->pointers().current().size(), 1u);
+    EXPECT_EQ(layer->current().size(), 1u);
 
     auto later = VirtualDevice::plug(usbMouse("Tolvane Test Later Mouse"));
     auto keyboard = VirtualDevice::plug(usbKeyboard("Tolvane Test Late Keyboard"));
@@ -83,12 +82,12 @@ TEST_F(DevicesOverTime, ANodeThatBecomesReadableOnlyLaterIsTakenAndReportedThen)
     root.addBogusNode("event50"); // there, but not yet an event device one can read
     start(root.path());
     openMonitor();
-    EXPECT_FALSE(layer->scrollTap().create(&invert, nullptr));
+    EXPECT_FALSE(layer->create(&invert, nullptr));
 
     root.replaceNode("event50", mouse->path()); // as when udev has fixed its permissions
     ASSERT_TRUE(loop.turnUntil([&] { return added.size() == 1; }));
     EXPECT_EQ(added[0].id, root.path() + "/input/event50");
-    EXPECT_TRUE(layer->scrollTap().create(&invert, nullptr));
+    EXPECT_TRUE(layer->create(&invert, nullptr));
     EXPECT_FALSE(NodeReader(mouse->path()).tryGrab()) << "the mouse was not taken";
 }
 
@@ -98,7 +97,7 @@ TEST_F(DevicesOverTime, KeysDownWhenTheHoldBeginsEndReleasedWithNoRepeat) {
     auto keyboard = VirtualDevice::plug(usbKeyboard());
     auto consumer = VirtualDevice::plug(consumerControl());
     start();
-    ASSERT_TRUE(layer->scrollTap().create(&invert, nullptr));
+    ASSERT_TRUE(layer->create(&invert, nullptr));
     NodeReader desktop(keyboard->path());
     NodeReader clone(cloneOf(*consumer, consumerControl().name));
 
@@ -106,7 +105,7 @@ TEST_F(DevicesOverTime, KeysDownWhenTheHoldBeginsEndReleasedWithNoRepeat) {
     consumer->key(KEY_MUTE, 1);
     loop.settle();
     EXPECT_EQ(withoutSync(clone.readAll()), (Events{{EV_KEY, KEY_MUTE, 1}}));
-    ASSERT_TRUE(layer->keyboard().grab());
+    ASSERT_TRUE(layer->grab());
     // The clone's key is let go of there at once.
     EXPECT_EQ(withoutSync(clone.readAll()), (Events{{EV_KEY, KEY_MUTE, 0}}));
     loop.turnUntil([] { return false; }, std::chrono::milliseconds(100));
@@ -131,7 +130,7 @@ TEST_F(DevicesOverTime, KeysDownWhenTheHoldBeginsEndReleasedWithNoRepeat) {
 TEST_F(DevicesOverTime, AnOverflowLeavesNoButtonDownAndNoMixedFrame) {
     auto mouse = VirtualDevice::plug(usbMouse());
     start();
-    ASSERT_TRUE(layer->scrollTap().create(&invert, nullptr));
+    ASSERT_TRUE(layer->create(&invert, nullptr));
     NodeReader clone(cloneOf(*mouse, usbMouse().name));
     mouse->key(BTN_LEFT, 1);
     loop.settle();

@@ -43,8 +43,8 @@ pid_t startHolder(const std::string& logFile) {
     if (child == 0) {
         ::setpgid(0, 0); // a group of its own with a parent outside: SIGTSTP may stop it
         PollLoop loop;
-        oslinux::InputLayer layer(loop, "/dev", std::chrono::milliseconds(300), logFile);
-        const char answer = layer.keyboard().grab() ? 'y' : 'n';
+        oslinux::InputRouter layer(loop, "/dev", std::chrono::milliseconds(300), logFile);
+        const char answer = layer.grab() ? 'y' : 'n';
         [[maybe_unused]] auto n = ::write(ready[1], &answer, 1);
         for (;;) {
             loop.turn(std::chrono::milliseconds(100));
@@ -128,12 +128,12 @@ TEST_F(SessionSwitch, AnInactiveSessionHoldsAndKeepsOpenNoDeviceAndAnActiveOneTa
     auto keyboard = VirtualDevice::plug(usbKeyboard());
     auto mouse = VirtualDevice::plug(usbMouse());
     start();
-    ASSERT_TRUE(layer->scrollTap().create([](void*, InputEvent*, std::size_t) {}, nullptr));
-    ASSERT_TRUE(layer->keyboard().grab());
+    ASSERT_TRUE(layer->create([](void*, InputEvent*, std::size_t) {}, nullptr));
+    ASSERT_TRUE(layer->grab());
     NodeReader keys(keyboard->path()), wheel(mouse->path());
     EXPECT_FALSE(keys.tryGrab() || wheel.tryGrab());
 
-    layer->router().setSessionActive(false);
+    layer->setSessionActive(false);
     EXPECT_TRUE(keys.tryGrab() && wheel.tryGrab());
     const auto start = Clock::now();
     while (descriptorsOn(keyboard->path()) + descriptorsOn(mouse->path()) > 2 &&
@@ -143,7 +143,7 @@ TEST_F(SessionSwitch, AnInactiveSessionHoldsAndKeepsOpenNoDeviceAndAnActiveOneTa
     EXPECT_EQ(descriptorsOn(keyboard->path()) + descriptorsOn(mouse->path()), 2)
         << "descriptors kept open besides the test's own readers";
 
-    layer->router().setSessionActive(true);
+    layer->setSessionActive(true);
     EXPECT_FALSE(keys.tryGrab() || wheel.tryGrab());
 }
 

@@ -2,7 +2,7 @@
 
 #include "kernel/PollLoop.h"
 #include "kernel/VirtualDevices.h"
-#include "platform/linux/input/InputLayer.h"
+#include "platform/linux/input/InputRouter.h"
 
 #include <gtest/gtest.h>
 
@@ -17,13 +17,13 @@ class GuestFixture : public ::testing::Test {
 protected:
     void start(const std::string& deviceRoot = "/dev",
                std::chrono::milliseconds watchdogTimeout = std::chrono::seconds(10)) {
-        layer = std::make_unique<oslinux::InputLayer>(loop, deviceRoot, watchdogTimeout);
+        layer = std::make_unique<oslinux::InputRouter>(loop, deviceRoot, watchdogTimeout);
     }
 
     void TearDown() override { layer.reset(); }
 
     PollLoop loop;
-    std::unique_ptr<oslinux::InputLayer> layer;
+    std::unique_ptr<oslinux::InputRouter> layer;
 };
 
 // A device directory of the test's own making, whose nodes link to real ones.

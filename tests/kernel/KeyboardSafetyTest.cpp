@@ -31,8 +31,8 @@ TEST_F(KeyboardSafety, KillingTheHoldingProcessGivesTheKeyboardBackAtOnce) {
     const pid_t child = ::fork();
     if (child == 0) {
         PollLoop childLoop;
-        oslinux::InputLayer childLayer(childLoop);
-        const char answer = childLayer.keyboard().grab() ? 'y' : 'n';
+        oslinux::InputRouter childLayer(childLoop);
+        const char answer = childLayer.grab() ? 'y' : 'n';
         [[maybe_unused]] auto n = ::write(ready[1], &answer, 1);
         for (;;) {
             childLoop.turn(100ms);
@@ -59,7 +59,7 @@ TEST_F(KeyboardSafety, TheWatchdogLetsGoOfInputLeftUnreadOnlyAndTheHoldResumesAf
     auto keyboard = VirtualDevice::plug(usbKeyboard());
     start("/dev", 300ms);
     NodeReader desktop(keyboard->path());
-    ASSERT_TRUE(layer->keyboard().grab());
+    ASSERT_TRUE(layer->grab());
 
     // Typing that the loop reads, and a loop that stands still with nothing to read, are no
     // stall.
@@ -97,11 +97,11 @@ TEST_F(KeyboardSafety, ManyHoldsLoseNoKeyOutsideAndLetNoneThrough) {
     int refused = 0, leakedInside = 0, lostOutside = 0;
     for (int i = 0; i < 300; ++i) {
         const std::uint16_t code = letters[i % std::size(letters)];
-        refused += !layer->keyboard().grab();
+        refused += !layer->grab();
         keyboard->tap(code);
         loop.turn();
         leakedInside += !desktop.readAll().empty();
-        layer->keyboard().release();
+        layer->release();
         keyboard->tap(code);
         lostOutside += withoutSync(desktop.readAll()) != tapped(code);
     }

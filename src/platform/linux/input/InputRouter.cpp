@@ -12,13 +12,27 @@
 
 namespace tolvane::oslinux {
 
-InputRouter::InputRouter(EventLoop& loop, std::string deviceRoot, GrabWatchdog& watchdog)
-    : loop(loop), root(std::move(deviceRoot)), watchdog(watchdog) {
+InputRouter::InputRouter(EventLoop& loop, std::string deviceRoot,
+                         std::chrono::milliseconds watchdogTimeout, std::string logFile)
+    : loop(loop), root(std::move(deviceRoot)), watchdog(watchdogTimeout, std::move(logFile)) {
     // After a stop or a stall, take the devices back as soon as the loop turns again, not only
     // with the next input, which would reach the desktop and Tolvane both.
     if (watchdog.noticeFd() >= 0) {
         loop.watchReadable(watchdog.noticeFd(),
                            [this] { recoverFromStall(this->watchdog.takeReleased()); });
+    }
+    // The node watch runs before the first scan, or a device plugged in between the two is
+    // never seen; a node reported twice is harmless, as what is known is ignored.
+    NodeCallbacks callbacks{[this](const std::string& node) { nodeAppeared(node); },
+                            [this](const std::string& node) { nodeVanished(node); }};
+    if (root == "/dev") {
+        nodeWatch = watchNodesWithUdev(loop, callbacks);
+    }
+    if (!nodeWatch) {
+        nodeWatch = watchNodesWithInotify(loop, root, callbacks);
+    }
+    for (const std::string& node : listEventNodes(root)) {
+        nodeAppeared(node);
     }
 }
 
@@ -26,10 +40,9 @@ InputRouter::~InputRouter() {
     if (watchdog.noticeFd() >= 0) {
         loop.unwatch(watchdog.noticeFd());
     }
+    nodeWatch.reset();
     for (auto& [node, entry] : known) {
-        if (entry.routed) {
-            letGo(*entry.routed);
-        }
+        drop(entry);
     }
 }
 
@@ -64,10 +77,7 @@ void InputRouter::nodeVanished(const std::string& node) {
     }
     Known entry = std::move(found->second);
     known.erase(found);
-    if (entry.routed) {
-        letGo(*entry.routed);
-        entry.routed.reset();
-    }
+    drop(entry);
     if (entry.pointer && pointerCallbacks.removed) {
         pointerCallbacks.removed({pathOf(node), entry.properties});
     }
@@ -103,7 +113,7 @@ bool InputRouter::allNodesReadable() {
     return true;
 }
 
-bool InputRouter::startWheelTap(platform::WheelEventFilter wheelFilter, void* context) {
+bool InputRouter::create(platform::WheelEventFilter wheelFilter, void* context) {
     const int uinput = ::open((root + "/uinput").c_str(), O_RDWR | O_CLOEXEC);
     if (uinput < 0) {
         return false;
@@ -129,7 +139,7 @@ bool InputRouter::startWheelTap(platform::WheelEventFilter wheelFilter, void* co
     return true;
 }
 
-bool InputRouter::holdKeyboards() {
+bool InputRouter::grab() {
     if (holding) {
         return true;
     }
@@ -139,14 +149,14 @@ bool InputRouter::holdKeyboards() {
     holding = true;
     for (auto& [node, entry] : known) {
         if (takesKeys(entry) && applyRoles(node, entry) != Outcome::done) {
-            releaseKeyboards();
+            release();
             return false;
         }
     }
     return true;
 }
 
-void InputRouter::releaseKeyboards() {
+void InputRouter::release() {
     holding = false;
     for (auto& [node, entry] : known) {
         if (takesKeys(entry)) {
@@ -176,11 +186,11 @@ void InputRouter::setSessionActive(bool active) {
     }
 }
 
-void InputRouter::setPointerCallbacks(platform::PointerDevices::Callbacks callbacks) {
+void InputRouter::open(Callbacks callbacks) {
     pointerCallbacks = std::move(callbacks);
 }
 
-std::vector<platform::PointerDevice> InputRouter::pointerDevices() const {
+std::vector<platform::PointerDevice> InputRouter::current() {
     std::vector<platform::PointerDevice> devices;
     for (const auto& [node, entry] : known) {
         if (entry.pointer) {

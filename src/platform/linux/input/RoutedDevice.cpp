@@ -13,9 +13,56 @@
 
 namespace tolvane::oslinux {
 
-RoutedDevice::RoutedDevice(std::string node, std::unique_ptr<EvdevDevice> device)
-    : nodeName(std::move(node)), device(std::move(device)),
-      wheel(hasWheel(this->device->capabilities())) {}
+RoutedDevice::RoutedDevice(std::string node, std::unique_ptr<EvdevDevice> device, EventLoop& loop,
+                           GrabWatchdog& watchdog, std::function<void(RoutedDevice&)> onReadable)
+    : nodeName(std::move(node)), device(std::move(device)), loop(loop), watchdog(watchdog),
+      onReadable(std::move(onReadable)), wheel(hasWheel(this->device->capabilities())) {}
+
+RoutedDevice::~RoutedDevice() {
+    step(GrabEvent::unwanted);
+}
+
+bool RoutedDevice::settle() {
+    if (!wantsGrab()) {
+        step(GrabEvent::unwanted);
+        return true;
+    }
+    if (grabState == GrabState::grabbed) {
+        if (keyRole && clone) {
+            clone->releaseKeysDown(device->evdev(), &isSwallowedKey);
+        }
+        return true;
+    }
+    step(device->anyKeyDown() ? GrabEvent::wantedKeyDown : GrabEvent::wantedIdle);
+    return grabState != GrabState::loose;
+}
+
+void RoutedDevice::step(GrabEvent event) {
+    const GrabStep next = grabStep(grabState, event);
+    grabState = next.next;
+    const int fd = device->fd();
+    if (next.actions & grabUntrack) {
+        watchdog.untrack(fd);
+    }
+    if (next.actions & grabUngrab) {
+        device->ungrab();
+    }
+    if (next.actions & grabUnwatch) {
+        loop.unwatch(fd);
+    }
+    if (next.actions & grabTryGrab) {
+        // A press may slip in between the first look and the grab: look again after it.
+        step(!device->grab()        ? GrabEvent::grabRefused
+             : device->anyKeyDown() ? GrabEvent::grabbedKeyDown
+                                    : GrabEvent::grabbedIdle);
+    }
+    if (next.actions & grabWatch) {
+        loop.watchReadable(fd, [this] { onReadable(*this); });
+    }
+    if (next.actions & grabTrack) {
+        watchdog.track(fd);
+    }
+}
 
 RoutedDevice::ReadResult RoutedDevice::readPendingEvents() {
     libevdev* dev = device->evdev();
@@ -49,7 +96,7 @@ RoutedDevice::ReadResult RoutedDevice::readPendingEvents() {
 }
 
 void RoutedDevice::take(const input_event& event) {
-    if (!grabbed) {
+    if (grabState != GrabState::grabbed) {
         return; // not taken: every other reader gets the event anyway
     }
     frame[count++] = InputEvent{event.type, event.code, event.value};
