@@ -30,8 +30,9 @@ InputRouter::Outcome InputRouter::applyRoles(const std::string& node, Known& ent
     RoutedDevice& device = *entry.routed;
     device.wheelRole = wheelRole;
     device.keyRole = keyRole;
-    device.filter = wheelRole ? filter : nullptr;
-    device.filterContext = filterContext;
+    device.frames.dropKeys = keyRole;
+    device.frames.filter = wheelRole ? filter : nullptr;
+    device.frames.filterContext = filterContext;
     Outcome outcome = Outcome::done;
     if (device.wantsClone() && !device.clone) {
         device.clone = UinputClone::create(device.evdev().evdev(), root + "/uinput");

@@ -16,7 +16,7 @@ namespace tolvane::oslinux {
 RoutedDevice::RoutedDevice(std::string node, std::unique_ptr<EvdevDevice> device, EventLoop& loop,
                            GrabWatchdog& watchdog, std::function<void(RoutedDevice&)> onReadable)
     : nodeName(std::move(node)), device(std::move(device)), loop(loop), watchdog(watchdog),
-      onReadable(std::move(onReadable)), wheel(hasWheel(this->device->capabilities())) {}
+      onReadable(std::move(onReadable)) {}
 
 RoutedDevice::~RoutedDevice() {
     step(GrabEvent::unwanted);
@@ -76,7 +76,7 @@ RoutedDevice::ReadResult RoutedDevice::readPendingEvents() {
             take(event);
         } else if (rc == LIBEVDEV_READ_STATUS_SYNC) {
             if (flags == normal) {
-                count = 0; // the SYN_DROPPED itself: the frame under way is incomplete
+                frames.dropped(); // the SYN_DROPPED itself
                 flags = resync;
             } else {
                 take(event);
@@ -86,9 +86,7 @@ RoutedDevice::ReadResult RoutedDevice::readPendingEvents() {
                 return ReadResult::drained;
             }
             flags = normal;
-            if (count > 0) {
-                take(input_event{{}, EV_SYN, SYN_REPORT, 0});
-            }
+            send(frames.resynced());
         } else {
             return ReadResult::vanished;
         }
@@ -96,28 +94,14 @@ RoutedDevice::ReadResult RoutedDevice::readPendingEvents() {
 }
 
 void RoutedDevice::take(const input_event& event) {
-    if (grabState != GrabState::grabbed) {
-        return; // not taken: every other reader gets the event anyway
-    }
-    frame[count++] = InputEvent{event.type, event.code, event.value};
-    if ((event.type == EV_SYN && event.code == SYN_REPORT) || count == frame.size()) {
-        flushFrame();
+    if (grabState == GrabState::grabbed) { // not taken: every other reader gets the event anyway
+        send(frames.take({event.type, event.code, event.value}));
     }
 }
 
-void RoutedDevice::flushFrame() {
-    std::size_t n = count;
-    count = 0;
-    if (keyRole) {
-        n = dropSwallowedKeys(frame.data(), n);
-    }
-    if (filter && wheel) {
-        filter(filterContext, frame.data(), n);
-    }
-    const bool ends = n > 0 && frame[n - 1].type == EV_SYN && frame[n - 1].code == SYN_REPORT;
-    if (clone && (carriesInput(frame.data(), n) || (partialSent && ends))) {
-        clone->writeFrame(frame.data(), n);
-        partialSent = !ends;
+void RoutedDevice::send(std::span<const InputEvent> frame) {
+    if (clone && !frame.empty()) {
+        clone->writeFrame(frame.data(), frame.size());
     }
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "TolvaneCore/DeviceRoles.h"
+#include "TolvaneCore/FrameAssembler.h"
 #include "TolvaneCore/GrabState.h"
 #include "platform/ScrollTap.h"
 #include "platform/linux/input/EvdevDevice.h"
@@ -8,7 +9,6 @@
 #include "platform/linux/input/GrabWatchdog.h"
 #include "platform/linux/input/UinputClone.h"
 
-#include <array>
 #include <functional>
 #include <memory>
 
@@ -48,9 +48,7 @@ public:
     bool wheelRole = false;
     bool keyRole = false;
     std::unique_ptr<UinputClone> clone;
-
-    platform::WheelEventFilter filter = nullptr;
-    void* filterContext = nullptr;
+    FrameAssembler frames; // its held keys and its wheel filter follow the roles
 
     bool wantsGrab() const { return wheelRole || keyRole; }
     bool wantsClone() const {
@@ -60,7 +58,7 @@ public:
 private:
     void step(GrabEvent event);
     void take(const input_event& event);
-    void flushFrame();
+    void send(std::span<const InputEvent> frame);
 
     std::string nodeName;
     std::unique_ptr<EvdevDevice> device;
@@ -68,10 +66,6 @@ private:
     GrabWatchdog& watchdog;
     std::function<void(RoutedDevice&)> onReadable;
     GrabState grabState = GrabState::loose;
-    bool wheel;
-    std::array<InputEvent, UinputClone::frameCapacity> frame{};
-    std::size_t count = 0;
-    bool partialSent = false; // a frame too long for the buffer went out without its end
 };
 
 } // namespace tolvane::oslinux

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "TolvaneCore/InputEvent.h"
+#include "TolvaneCore/FrameAssembler.h"
 
 #include <linux/input.h>
 
@@ -18,7 +18,7 @@ namespace tolvane::oslinux {
 // and axis ranges, so the desktop treats it as the device itself.
 class UinputClone {
 public:
-    static constexpr std::size_t frameCapacity = 256;
+    static constexpr std::size_t frameCapacity = FrameAssembler::capacity;
 
     // Absent when uinput refuses or the twin's event node cannot be named.
     static std::unique_ptr<UinputClone> create(libevdev* original, const std::string& uinputPath);
