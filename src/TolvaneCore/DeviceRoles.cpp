@@ -91,6 +91,18 @@ DeviceProperties pointerPropertiesOf(const DeviceCapabilities& device) {
     return properties;
 }
 
+namespace {
+constexpr std::string_view cloneMark = "tolvane-clone:";
+}
+
+std::string markedPhys(std::string_view phys) {
+    return std::string(cloneMark).append(phys);
+}
+
+bool isTolvaneClone(const DeviceCapabilities& device) {
+    return device.phys.starts_with(cloneMark);
+}
+
 bool hasWheel(const DeviceCapabilities& device) {
     return device.hasRel(relWheel) || device.hasRel(relHWheel);
 }

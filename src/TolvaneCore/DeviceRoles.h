@@ -6,6 +6,8 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
+#include <string_view>
 
 namespace tolvane {
 
@@ -14,6 +16,12 @@ namespace tolvane {
 // is neither touchpad, tablet nor touchscreen is a pointer (usage 1), anything else has no
 // pointer usage. Built-in follows the bus; the product is the device's name.
 DeviceProperties pointerPropertiesOf(const DeviceCapabilities& device);
+
+// Every virtual device Tolvane makes carries a mark in its `phys`, so that no Tolvane (this one,
+// another user's, a second instance) ever takes one: two that took each other's clones would
+// clone without end and negate every wheel event once per clone in the chain.
+std::string markedPhys(std::string_view phys);
+bool isTolvaneClone(const DeviceCapabilities& device);
 
 // The scroll tap takes every device with a vertical or horizontal wheel.
 bool hasWheel(const DeviceCapabilities& device);

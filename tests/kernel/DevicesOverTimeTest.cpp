@@ -75,6 +75,20 @@ TEST_F(DevicesOverTime, AMouseAndAKeyboardPluggedInLaterAreTakenAndTheirUnplugDr
     EXPECT_EQ(withoutSync(firstClone.readAll()), (Events{{EV_REL, REL_WHEEL, -1}}));
 }
 
+// Two input layers (two users, or a second instance) on one machine.
+TEST_F(DevicesOverTime, TwoLayersNeverTakeEachOthersClonesAndNegateTheWheelOnce) {
+    auto mouse = VirtualDevice::plug(usbMouse());
+    start();
+    oslinux::InputRouter second(loop);
+    ASSERT_TRUE(layer->create(&invert, nullptr));
+    ASSERT_TRUE(second.create(&invert, nullptr));
+    loop.turnUntil([] { return false; }, std::chrono::milliseconds(300));
+    NodeReader desktop(cloneOf(*mouse, usbMouse().name));
+    mouse->frame({{EV_REL, REL_WHEEL, 2}});
+    loop.settle();
+    EXPECT_EQ(withoutSync(desktop.readAll()), (Events{{EV_REL, REL_WHEEL, -2}}));
+}
+
 TEST_F(DevicesOverTime, ANodeThatBecomesReadableOnlyLaterIsTakenAndReportedThen) {
     auto mouse = VirtualDevice::plug(usbMouse());
     FakeDeviceRoot root;

@@ -102,6 +102,15 @@ TEST(DeviceRoles, PointerUsageBuiltInWheelAndKeyHoldFollowCapabilities) {
     }
 }
 
+TEST(DeviceRoles, OnlyAMarkedPhysMakesAClone) {
+    DeviceCapabilities device;
+    EXPECT_FALSE(isTolvaneClone(device));
+    device.phys = "usb-0000:00:14.0-1/input0";
+    EXPECT_FALSE(isTolvaneClone(device));
+    device.phys = markedPhys(device.phys);
+    EXPECT_TRUE(isTolvaneClone(device));
+}
+
 TEST(DropSwallowedKeys, KeepsPointerButtonsMotionAndSwitchesInOrder) {
     std::vector<InputEvent> frame{{evMsc, mscScan, 0x70004},   {evKey, keyA, 1},
                                   {evKey, btnLeft, 1},         {evRel, relX, 3},

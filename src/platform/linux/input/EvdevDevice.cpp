@@ -64,6 +64,8 @@ DeviceCapabilities readCapabilities(const libevdev* dev) {
     DeviceCapabilities caps;
     const char* name = libevdev_get_name(dev);
     caps.name = name ? name : "";
+    const char* phys = libevdev_get_phys(dev);
+    caps.phys = phys ? phys : "";
     caps.busType = static_cast<std::uint16_t>(libevdev_get_id_bustype(dev));
     caps.vendor = static_cast<std::uint16_t>(libevdev_get_id_vendor(dev));
     caps.product = static_cast<std::uint16_t>(libevdev_get_id_product(dev));

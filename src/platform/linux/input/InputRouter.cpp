@@ -1,7 +1,7 @@
 // The registry of input nodes and the roles that decide which of them are opened and taken.
-// The thing easy to get wrong: the program's own clones appear as new input nodes too, and
-// taking one would feed its events back into itself; they are recognised by the node each
-// clone was given when it was made, never by name.
+// The thing easy to get wrong: clones appear as new input nodes too, this program's and any
+// other Tolvane's, and taking one would feed its events back into a chain of clones; they are
+// recognised by the mark in their phys, never by name or by the node this program made.
 #include "platform/linux/input/InputRouter.h"
 
 #include "platform/linux/input/NodeWatch.h"
@@ -42,7 +42,7 @@ InputRouter::~InputRouter() {
     }
     nodeWatch.reset();
     for (auto& [node, entry] : known) {
-        drop(entry);
+        entry.routed.reset();
     }
 }
 
@@ -51,9 +51,6 @@ std::string InputRouter::pathOf(const std::string& node) const {
 }
 
 void InputRouter::nodeAppeared(const std::string& node) {
-    if (isOwnClone(node)) {
-        return;
-    }
     Known& entry = known[node];
     if (entry.capabilities) {
         return;
@@ -77,7 +74,7 @@ void InputRouter::nodeVanished(const std::string& node) {
     }
     Known entry = std::move(found->second);
     known.erase(found);
-    drop(entry);
+    entry.routed.reset();
     if (entry.pointer && pointerCallbacks.removed) {
         pointerCallbacks.removed({pathOf(node), entry.properties});
     }
@@ -90,13 +87,13 @@ bool InputRouter::learn(const std::string& node, Known& entry) {
     }
     entry.capabilities = device->capabilities();
     entry.properties = pointerPropertiesOf(*entry.capabilities);
-    entry.pointer = matchesPointerUsage(entry.properties);
+    entry.pointer = matchesPointerUsage(entry.properties) && !isTolvaneClone(*entry.capabilities);
     return true;
 }
 
 bool InputRouter::allNodesReadable() {
     for (const std::string& node : listEventNodes(root)) {
-        if (!isOwnClone(node) && known.count(node) == 0) {
+        if (known.count(node) == 0) {
             nodeAppeared(node);
         }
     }
@@ -166,11 +163,13 @@ void InputRouter::release() {
 }
 
 bool InputRouter::takesWheel(const Known& entry) {
-    return entry.capabilities && hasWheel(*entry.capabilities);
+    return entry.capabilities && !isTolvaneClone(*entry.capabilities) &&
+           hasWheel(*entry.capabilities);
 }
 
 bool InputRouter::takesKeys(const Known& entry) {
-    return entry.capabilities && keyHoldFor(*entry.capabilities) != KeyHold::none;
+    return entry.capabilities && !isTolvaneClone(*entry.capabilities) &&
+           keyHoldFor(*entry.capabilities) != KeyHold::none;
 }
 
 void InputRouter::setSessionActive(bool active) {

@@ -12,7 +12,6 @@
 #include <map>
 #include <memory>
 #include <optional>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -21,8 +20,8 @@ namespace tolvane::oslinux {
 // The whole input layer on one loop: it follows the event nodes under deviceRoot/input, opens
 // the ones some role needs, and keeps each device's grab, clone and watch in line with two
 // roles: the wheel tap (every wheel device, from its start on) and the keyboard hold (every
-// keyboard and media-key device, while held). The program's own clones are known by the node
-// each was given and are never taken or reported. The watchdog writes the stalls it ends to
+// keyboard and media-key device, while held). Virtual devices marked as Tolvane's clones,
+// whoever made them, are never taken or reported. The watchdog writes the stalls it ends to
 // `logFile` too.
 class InputRouter final : public platform::ScrollTap,
                           public platform::PointerDevices,
@@ -56,9 +55,6 @@ public:
     // again once the session is active.
     void setSessionActive(bool active);
 
-    // Whether `node` is one of the program's own clones.
-    bool isOwnClone(const std::string& node) const { return cloneNodes.count(node) != 0; }
-
 private:
     struct Known {
         std::optional<DeviceCapabilities> capabilities; // absent while unreadable
@@ -74,7 +70,6 @@ private:
     bool learn(const std::string& node, Known& known);
     bool allNodesReadable();
     Outcome applyRoles(const std::string& node, Known& known);
-    void drop(Known& entry);
     void onReadable(RoutedDevice& device);
     void recoverFromStall(const std::vector<int>& released);
 
@@ -82,7 +77,6 @@ private:
     const std::string root;
     GrabWatchdog watchdog;
     std::map<std::string, Known> known;
-    std::set<std::string> cloneNodes;
     platform::PointerDevices::Callbacks pointerCallbacks;
     bool tapping = false;
     platform::WheelEventFilter filter = nullptr;

@@ -12,9 +12,8 @@ InputRouter::Outcome InputRouter::applyRoles(const std::string& node, Known& ent
     if (!entry.capabilities) {
         return Outcome::done;
     }
-    const bool wheelRole = sessionActive && tapping && hasWheel(*entry.capabilities);
-    const bool keyRole =
-        sessionActive && holding && keyHoldFor(*entry.capabilities) != KeyHold::none;
+    const bool wheelRole = sessionActive && tapping && takesWheel(entry);
+    const bool keyRole = sessionActive && holding && takesKeys(entry);
     if (!entry.routed) {
         if (!wheelRole && !keyRole) {
             return Outcome::done;
@@ -36,29 +35,17 @@ InputRouter::Outcome InputRouter::applyRoles(const std::string& node, Known& ent
     Outcome outcome = Outcome::done;
     if (device.wantsClone() && !device.clone) {
         device.clone = UinputClone::create(device.evdev().evdev(), root + "/uinput");
-        if (!device.clone) {
-            outcome = Outcome::failed;
-        } else {
-            cloneNodes.insert(device.clone->nodeName());
-        }
+        outcome = device.clone ? Outcome::done : Outcome::failed;
     }
     if (outcome == Outcome::done && !device.settle()) {
         outcome = Outcome::refused;
     }
     if (outcome != Outcome::done || !device.wantsGrab()) {
-        drop(entry);
-    } else if (!device.wantsClone() && device.clone) {
-        cloneNodes.erase(device.clone->nodeName());
+        entry.routed.reset();
+    } else if (!device.wantsClone()) {
         device.clone.reset();
     }
     return outcome;
-}
-
-void InputRouter::drop(Known& entry) {
-    if (entry.routed && entry.routed->clone) {
-        cloneNodes.erase(entry.routed->clone->nodeName());
-    }
-    entry.routed.reset(); // lets go of the grab, then of the clone
 }
 
 void InputRouter::onReadable(RoutedDevice& device) {
@@ -74,7 +61,7 @@ void InputRouter::onReadable(RoutedDevice& device) {
     if (device.readPendingEvents() == RoutedDevice::ReadResult::vanished) {
         nodeVanished(node);
     } else if (device.state() == GrabState::waiting && !device.settle()) {
-        drop(known[node]); // destroys `device`
+        known[node].routed.reset(); // destroys `device`
     }
 }
 
