@@ -47,7 +47,7 @@ const std::vector<Row>& rows() {
         rel(REL_X, 5),      rel(REL_WHEEL, -1),          rel(REL_WHEEL_HI_RES, -120),
         rel(REL_HWHEEL, 2), rel(REL_HWHEEL_HI_RES, 240), key(BTN_LEFT)};
     const Events trackpoint{rel(REL_X, 4), key(BTN_RIGHT)};
-    const Events typing{key(KEY_LEFTSHIFT), key(KEY_A)};
+    const Events typing{key(KEY_LEFTSHIFT), key(KEY_A), key(KEY_POWER)};
     const Events touchpad{{EV_ABS, ABS_X, 100}, key(BTN_TOUCH)};
     const Events touchAndKey{{EV_ABS, ABS_X, 100}, key(BTN_TOUCH), key(KEY_K)};
     // clang-format off
@@ -55,7 +55,7 @@ const std::vector<Row>& rows() {
         // device             pointer     frame          inverted          held
         {usbMouse(),          "external", mouse,         mouseInverted,    mouseInverted},
         {builtInPointer(),    "built-in", trackpoint,    trackpoint,       trackpoint},
-        {usbKeyboard(),       "",         typing,        typing,           {}},
+        {usbKeyboard(),       "",         typing,        typing,           {key(KEY_POWER)}},
         {consumerControl(),   "",         {key(KEY_VOLUMEUP), rel(REL_HWHEEL, 2)},
                                           {key(KEY_VOLUMEUP), rel(REL_HWHEEL, -2)},
                                                                            {rel(REL_HWHEEL, -2)}},
@@ -148,7 +148,7 @@ TEST_F(DeviceRoles, ARefusedTapOrHoldLeavesNothingTaken) {
     };
     const Case cases[] = {
         {"every device usable", true, false, false, false, true, true},
-        {"no uinput", false, false, false, false, false, true},
+        {"no uinput: no clone for the power key", false, false, false, false, false, false},
         {"a node that is no event device", true, true, false, false, false, false},
         {"another program holds the keyboard", true, false, true, false, true, false},
         {"another program holds the mouse", true, false, false, true, true, true},

@@ -47,6 +47,9 @@ std::vector<Events> framesOut(const Events& read, bool dropKeys, bool invert) {
 TEST(FrameAssembler, FramesGoOutWholeCutOnlyByTheBufferAndNeverMixedAcrossALoss) {
     const InputEvent x{evRel, relX, 1}, x2{evRel, relX, 2}, up{evKey, btnLeft, 0};
     const InputEvent wheel{evRel, relWheel, 1}, a{evKey, keyA, 1}, scan{evMsc, mscScan, 4};
+    const InputEvent power{evKey, keyPower, 1}, sleep{evKey, keySleep, 1},
+        wake{evKey, keyWakeUp, 1};
+    const InputEvent stamp{evMsc, 0x05, 1000}; // MSC_TIMESTAMP
     const auto big = FrameAssembler::capacity;
     struct Row {
         const char* what;
@@ -74,6 +77,35 @@ TEST(FrameAssembler, FramesGoOutWholeCutOnlyByTheBufferAndNeverMixedAcrossALoss)
          false,
          {repeated(x, big), {syn}}},
         {"held keys dropped, their frame too", {scan, a, syn, x, a, syn}, true, false, {{x, syn}}},
+        {"power, sleep and wake pass a held keyboard",
+         {scan, power, syn, sleep, wake, syn},
+         true,
+         false,
+         {{power, syn}, {sleep, wake, syn}}},
+        {"a held keyboard keeps all but its keys, in order",
+         {scan,
+          a,
+          {evKey, btnLeft, 1},
+          x,
+          {evKey, keyVolumeUp, 1},
+          power,
+          {evKey, keyOk, 1},
+          {evSw, swTabletMode, 1},
+          {evKey, btnTouch, 1},
+          {evKey, btnDpadUp, 1},
+          {evKey, btnTriggerHappy, 1},
+          syn},
+         true,
+         false,
+         {{{evKey, btnLeft, 1},
+           x,
+           power,
+           {evSw, swTabletMode, 1},
+           {evKey, btnTouch, 1},
+           {evKey, btnDpadUp, 1},
+           {evKey, btnTriggerHappy, 1},
+           syn}}},
+        {"a frame of EV_MSC alone passes", {stamp, syn}, true, false, {{stamp, syn}}},
         {"a long frame of held keys ends",
          Events{x} + repeated(a, big - 1) + Events{a, syn},
          true,
