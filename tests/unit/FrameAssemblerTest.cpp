@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
 #include <vector>
 
 namespace tolvane {
@@ -16,20 +17,18 @@ constexpr InputEvent syn{evSyn, 0, 0};
 constexpr InputEvent dropped{0xffff, 0, 0};  // libevdev reports SYN_DROPPED
 constexpr InputEvent resynced{0xfffe, 0, 0}; // libevdev's resync is read to its end
 
-Events repeated(InputEvent event, std::size_t times) {
-    return Events(times, event);
-}
-
 Events operator+(Events a, const Events& b) {
     a.insert(a.end(), b.begin(), b.end());
     return a;
 }
 
+enum Mode { plain, held, inverted };
+
 // Every frame the clone gets, in order, for what is read from the device.
-std::vector<Events> framesOut(const Events& read, bool dropKeys, bool invert) {
+std::vector<Events> framesOut(const Events& read, Mode mode) {
     FrameAssembler frames;
-    frames.dropKeys = dropKeys;
-    if (invert) {
+    frames.dropKeys = mode == held;
+    if (mode == inverted) {
         frames.filter = [](void*, InputEvent* e, std::size_t n) { negateWheelAxes(e, n); };
     }
     std::vector<Events> out;
@@ -44,76 +43,60 @@ std::vector<Events> framesOut(const Events& read, bool dropKeys, bool invert) {
     return out;
 }
 
+InputEvent rel(std::uint16_t code, std::int32_t value) {
+    return {evRel, code, value};
+}
+InputEvent key(std::uint16_t code) {
+    return {evKey, code, 1};
+}
+
 TEST(FrameAssembler, FramesGoOutWholeCutOnlyByTheBufferAndNeverMixedAcrossALoss) {
-    const InputEvent x{evRel, relX, 1}, x2{evRel, relX, 2}, up{evKey, btnLeft, 0};
-    const InputEvent wheel{evRel, relWheel, 1}, a{evKey, keyA, 1}, scan{evMsc, mscScan, 4};
-    const InputEvent power{evKey, keyPower, 1}, sleep{evKey, keySleep, 1},
-        wake{evKey, keyWakeUp, 1};
-    const InputEvent stamp{evMsc, 0x05, 1000}; // MSC_TIMESTAMP
-    const auto big = FrameAssembler::capacity;
+    const InputEvent x = rel(relX, 1), x2 = rel(relX, 2), up{evKey, btnLeft, 0}, a = key(keyA);
+    const InputEvent scan{evMsc, mscScan, 4}, stamp{evMsc, 0x05, 1000}; // MSC_TIMESTAMP
+    const InputEvent power = key(keyPower), sleep = key(keySleep), wake = key(keyWakeUp);
+    const InputEvent sw{evSw, swTabletMode, 1}, dpad = key(btnDpadUp), happy = key(btnTriggerHappy);
+    const Events big(FrameAssembler::capacity, x), almost(FrameAssembler::capacity - 1, a);
+    constexpr std::int32_t most = std::numeric_limits<std::int32_t>::max();
+    constexpr std::int32_t least = std::numeric_limits<std::int32_t>::min();
+    const Events wheels{rel(relWheel, 1),          rel(relWheelHiRes, 120), rel(relHWheel, -2),
+                        rel(relHWheelHiRes, -240), rel(relWheel, least),    rel(relWheel, most),
+                        rel(0x07, 4) /* a dial */, {evKey, relWheel, 1},    syn};
+    const Events negated{rel(relWheel, -1),
+                         rel(relWheelHiRes, -120),
+                         rel(relHWheel, 2),
+                         rel(relHWheelHiRes, 240),
+                         rel(relWheel, most),
+                         rel(relWheel, -most),
+                         rel(0x07, 4),
+                         {evKey, relWheel, 1},
+                         syn};
     struct Row {
         const char* what;
         Events read;
-        bool dropKeys, invert;
+        Mode mode;
         std::vector<Events> out;
     };
+    // clang-format off
     const Row rows[] = {
-        {"a frame passes whole", {x, x2, syn}, false, false, {{x, x2, syn}}},
-        {"nothing before its SYN_REPORT", {x, x2}, false, false, {}},
-        {"the wheel inverted", {wheel, syn}, false, true, {{{evRel, relWheel, -1}, syn}}},
-        {"a frame cut by SYN_DROPPED is discarded",
-         {x, dropped, up, syn, resynced, x2, syn},
-         false,
-         false,
+        {"a frame passes whole", {x, x2, syn}, plain, {{x, x2, syn}}},
+        {"nothing before its SYN_REPORT", {x, x2}, plain, {}},
+        {"every wheel axis negated, nothing else", wheels, inverted, {negated}},
+        {"a frame cut by SYN_DROPPED is discarded", {x, dropped, up, syn, resynced, x2, syn}, plain,
          {{up, syn}, {x2, syn}}},
-        {"a resync without its end is closed",
-         {x, dropped, up, resynced},
-         false,
-         false,
-         {{up, syn}}},
-        {"a frame too long still ends",
-         repeated(x, big) + Events{syn},
-         false,
-         false,
-         {repeated(x, big), {syn}}},
-        {"held keys dropped, their frame too", {scan, a, syn, x, a, syn}, true, false, {{x, syn}}},
-        {"power, sleep and wake pass a held keyboard",
-         {scan, power, syn, sleep, wake, syn},
-         true,
-         false,
+        {"a resync without its end is closed", {x, dropped, up, resynced}, plain, {{up, syn}}},
+        {"a frame too long still ends", big + Events{syn}, plain, {big, {syn}}},
+        {"held keys dropped, their frame too", {scan, a, syn, x, a, syn}, held, {{x, syn}}},
+        {"power, sleep and wake pass a held keyboard", {scan, power, syn, sleep, wake, syn}, held,
          {{power, syn}, {sleep, wake, syn}}},
-        {"a held keyboard keeps all but its keys, in order",
-         {scan,
-          a,
-          {evKey, btnLeft, 1},
-          x,
-          {evKey, keyVolumeUp, 1},
-          power,
-          {evKey, keyOk, 1},
-          {evSw, swTabletMode, 1},
-          {evKey, btnTouch, 1},
-          {evKey, btnDpadUp, 1},
-          {evKey, btnTriggerHappy, 1},
-          syn},
-         true,
-         false,
-         {{{evKey, btnLeft, 1},
-           x,
-           power,
-           {evSw, swTabletMode, 1},
-           {evKey, btnTouch, 1},
-           {evKey, btnDpadUp, 1},
-           {evKey, btnTriggerHappy, 1},
-           syn}}},
-        {"a frame of EV_MSC alone passes", {stamp, syn}, true, false, {{stamp, syn}}},
-        {"a long frame of held keys ends",
-         Events{x} + repeated(a, big - 1) + Events{a, syn},
-         true,
-         false,
-         {{x}, {syn}}},
+        {"a held device keeps all but its keys, in order",
+         {scan, a, key(btnLeft), x, key(keyVolumeUp), power, key(keyOk), sw, key(btnTouch), dpad,
+          happy, syn}, held, {{key(btnLeft), x, power, sw, key(btnTouch), dpad, happy, syn}}},
+        {"a frame of EV_MSC alone passes", {stamp, syn}, held, {{stamp, syn}}},
+        {"a long frame of held keys ends", Events{x} + almost + Events{a, syn}, held, {{x}, {syn}}},
     };
+    // clang-format on
     for (const Row& row : rows) {
-        EXPECT_EQ(framesOut(row.read, row.dropKeys, row.invert), row.out) << row.what;
+        EXPECT_EQ(framesOut(row.read, row.mode), row.out) << row.what;
     }
 }
 
