@@ -5,8 +5,9 @@
 
 #include <algorithm>
 #include <array>
-#include <dirent.h>
 #include <fcntl.h>
+#include <filesystem>
+#include <fstream>
 #include <poll.h>
 #include <sys/ioctl.h>
 #include <tuple>
@@ -136,24 +137,14 @@ void NodeReader::ungrab() {
 std::vector<std::string> nodesNamed(const std::string& name,
                                     const std::vector<std::string>& except) {
     std::vector<std::string> found;
-    DIR* dir = ::opendir("/dev/input");
-    for (const dirent* entry = dir ? ::readdir(dir) : nullptr; entry; entry = ::readdir(dir)) {
-        const std::string path = std::string("/dev/input/") + entry->d_name;
-        std::array<char, 256> buffer{};
-        const int fd = path.find("/event") == std::string::npos ||
-                               std::find(except.begin(), except.end(), path) != except.end()
-                           ? -1
-                           : ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-        if (fd >= 0 && ::ioctl(fd, EVIOCGNAME(buffer.size() - 1), buffer.data()) >= 0 &&
-            name == buffer.data()) {
+    for (const auto& entry : std::filesystem::directory_iterator("/sys/class/input")) {
+        const std::string node = entry.path().filename(), path = "/dev/input/" + node;
+        std::string line;
+        std::getline(std::ifstream(entry.path() / "device/name"), line);
+        if (node.starts_with("event") && line == name &&
+            std::find(except.begin(), except.end(), path) == except.end()) {
             found.push_back(path);
         }
-        if (fd >= 0) {
-            ::close(fd);
-        }
-    }
-    if (dir) {
-        ::closedir(dir);
     }
     return found;
 }
