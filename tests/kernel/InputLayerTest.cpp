@@ -138,7 +138,8 @@ TEST_F(DeviceRoles, EachKindOfDeviceIsReportedInvertedAndHeldByWhatItCanSend) {
     }
 }
 
-// Every way the tap or the hold can be refused, and that a refusal leaves nothing taken.
+// Every way the tap or the hold can be refused, and that a refusal leaves nothing taken. A
+// keyboard another program holds is left to it, and the hold takes the other one.
 TEST_F(DeviceRoles, ARefusedTapOrHoldLeavesNothingTaken) {
     struct Case {
         const char* what;
@@ -148,16 +149,18 @@ TEST_F(DeviceRoles, ARefusedTapOrHoldLeavesNothingTaken) {
         {"every device usable", true, false, false, false, true, true},
         {"no uinput: no clone for the power key", false, false, false, false, false, false},
         {"a node that is no event device", true, true, false, false, false, false},
-        {"another program holds the keyboard", true, false, true, false, true, false},
+        {"another program holds one keyboard", true, false, true, false, true, true},
         {"another program holds the mouse", true, false, false, true, true, true},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
         auto mouse = VirtualDevice::plug(usbMouse());
         auto keyboard = VirtualDevice::plug(usbKeyboard());
+        auto second = VirtualDevice::plug(usbKeyboard("Tolvane Test Second Keyboard"));
         FakeDeviceRoot root;
-        root.linkNode(mouse->node(), mouse->path());
-        root.linkNode(keyboard->node(), keyboard->path());
+        for (const auto* device : {mouse.get(), keyboard.get(), second.get()}) {
+            root.linkNode(device->node(), device->path());
+        }
         if (c.uinput) {
             root.linkUinput();
         }
@@ -168,11 +171,12 @@ TEST_F(DeviceRoles, ARefusedTapOrHoldLeavesNothingTaken) {
         ASSERT_TRUE((!c.otherHoldsMouse || otherMouse.grab()) &&
                     (!c.otherHoldsKeyboard || otherKeyboard.grab()));
         start(root.path());
-        NodeReader mouseFree(mouse->path()), keyboardFree(keyboard->path());
+        NodeReader mouseFree(mouse->path()), keyboardFree(keyboard->path()), free(second->path());
         EXPECT_EQ(layer->create(&invert, nullptr), c.tapMade);
         EXPECT_TRUE(c.otherHoldsMouse || mouseFree.tryGrab() != c.tapMade) << "the mouse";
         EXPECT_EQ(layer->grab(), c.holdTaken);
         EXPECT_TRUE(c.otherHoldsKeyboard || keyboardFree.tryGrab() != c.holdTaken) << "keyboard";
+        EXPECT_NE(free.tryGrab(), c.holdTaken) << "the keyboard nobody else holds";
         layer.reset();
     }
 }

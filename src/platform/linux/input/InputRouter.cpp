@@ -144,13 +144,19 @@ bool InputRouter::grab() {
         return false;
     }
     holding = true;
+    // A keyboard another program holds is left to it, and one uinput will not clone is skipped;
+    // the hold fails only when there were keyboards and none of them could be taken.
+    bool tried = false, taken = false;
     for (auto& [node, entry] : known) {
-        if (takesKeys(entry) && applyRoles(node, entry) != Outcome::done) {
-            release();
-            return false;
+        if (takesKeys(entry)) {
+            tried = true;
+            taken = applyRoles(node, entry) == Outcome::done || taken;
         }
     }
-    return true;
+    if (tried && !taken) {
+        release();
+    }
+    return taken || !tried;
 }
 
 void InputRouter::release() {

@@ -42,8 +42,9 @@ public:
     // or a clone cannot be made. A device another program holds is left to it.
     bool create(platform::WheelEventFilter filter, void* context) override;
 
-    // The keyboard hold. False, with nothing held, when a node cannot be opened or a keyboard
-    // cannot be taken. A keyboard with a key down is taken as soon as its keys are up.
+    // The keyboard hold. False, with nothing held, when a node cannot be opened or no keyboard
+    // can be taken; one another program holds, or uinput will not clone, is left out. A keyboard
+    // with a key down is taken as soon as its keys are up.
     bool grab() override;
     void release() override;
 
