@@ -33,7 +33,10 @@ bool RoutedDevice::settle() {
         }
         return true;
     }
-    step(device->anyKeyDown() ? GrabEvent::wantedKeyDown : GrabEvent::wantedIdle);
+    // The hold takes a keyboard at once, its keys down released for every reader first; where
+    // the node cannot be written to, it waits until they are up.
+    const bool down = device->anyKeyDown() && !(keyRole && device->releaseKeysDown());
+    step(down ? GrabEvent::wantedKeyDown : GrabEvent::wantedIdle);
     return grabState != GrabState::loose;
 }
 
