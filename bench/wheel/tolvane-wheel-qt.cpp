@@ -19,7 +19,7 @@ void invert(void*, tolvane::InputEvent* events, std::size_t count) {
 int main(int argc, char** argv) {
     QCoreApplication app(argc, argv);
     tolvane::oslinux::LinuxInput input;
-    if (!input.scrollTap().create(&invert, nullptr)) {
+    if (!input.router().create(&invert, nullptr)) {
         std::fprintf(stderr, "tolvane-wheel-qt: the wheel devices cannot be taken\n");
         return 1;
     }

@@ -3,7 +3,7 @@
 // loop is the kernel tier's plain poll() loop, turned until the process is ended.
 #include "TolvaneCore/WheelEvents.h"
 #include "kernel/PollLoop.h"
-#include "platform/linux/input/InputLayer.h"
+#include "platform/linux/input/InputRouter.h"
 
 #include <chrono>
 #include <cstdio>
@@ -18,8 +18,8 @@ void invert(void*, tolvane::InputEvent* events, std::size_t count) {
 
 int main() {
     tolvane::kerneltest::PollLoop loop;
-    tolvane::oslinux::InputLayer layer(loop);
-    if (!layer.scrollTap().create(&invert, nullptr)) {
+    tolvane::oslinux::InputRouter router(loop);
+    if (!router.create(&invert, nullptr)) {
         std::fprintf(stderr, "tolvane-wheel: the wheel devices cannot be taken\n");
         return 1;
     }

@@ -51,12 +51,12 @@ int main(int argc, char** argv) {
     oslinux::SyslogSystemLog systemLog;
     Log::setSystemLog(&systemLog);
 
-    oslinux::LinuxInput input;
+    oslinux::LinuxInput linuxInput;
+    oslinux::InputRouter& input = linuxInput.router();
     oslinux::DeviceNodeAccess access;
     oslinux::ProcHostStatistics host;
     oslinux::AutostartLoginRegistration login(QApplication::applicationFilePath().toStdString());
-    platform::Platform platform{access, input.scrollTap(), input.pointers(), input.keyboard(), host,
-                                login,  scrollSetting,     systemLog};
+    platform::Platform platform{access, input, input, input, host, login, scrollSetting, systemLog};
 
     AppDelegate delegate(platform, AppDelegate::defaultSettingsPath());
     instance.onOpenRequest([&delegate] { delegate.openMenu(); });

@@ -73,6 +73,7 @@ inline constexpr std::size_t propCount = 0x20;
 
 struct DeviceCapabilities {
     std::string name;
+    std::string phys; // where the device sits; Tolvane's clones carry a mark here
     std::uint16_t busType = 0;
     std::uint16_t vendor = 0;
     std::uint16_t product = 0;

@@ -53,7 +53,7 @@ bool isSystemKey(std::uint16_t c) {
 bool hasSwallowedKeys(const DeviceCapabilities& d) {
     for (std::size_t c = 1; c < d.key.size(); ++c) {
         const auto k = static_cast<std::uint16_t>(c);
-        if (d.key.test(c) && isSwallowedKey(k) && !isSystemKey(k)) {
+        if (d.key.test(c) && isSwallowedKey(k)) {
             return true;
         }
     }
@@ -91,6 +91,18 @@ DeviceProperties pointerPropertiesOf(const DeviceCapabilities& device) {
     return properties;
 }
 
+namespace {
+constexpr std::string_view cloneMark = "tolvane-clone:";
+}
+
+std::string markedPhys(std::string_view phys) {
+    return std::string(cloneMark).append(phys);
+}
+
+bool isTolvaneClone(const DeviceCapabilities& device) {
+    return device.phys.starts_with(cloneMark);
+}
+
 bool hasWheel(const DeviceCapabilities& device) {
     return device.hasRel(relWheel) || device.hasRel(relHWheel);
 }
@@ -99,7 +111,7 @@ bool isSwallowedKey(std::uint16_t c) {
     const bool keyboardRange = c >= code::keyEsc && c < code::btnMisc;
     const bool extendedKeys = c >= code::keyOk && c < code::btnTriggerHappy &&
                               !(c >= code::btnDpadUp && c <= code::btnDpadRight);
-    return keyboardRange || extendedKeys;
+    return (keyboardRange || extendedKeys) && !isSystemKey(c);
 }
 
 KeyHold keyHoldFor(const DeviceCapabilities& device) {
@@ -124,7 +136,7 @@ std::size_t dropSwallowedKeys(InputEvent* events, std::size_t count) {
 
 bool carriesInput(const InputEvent* events, std::size_t count) {
     for (std::size_t i = 0; i < count; ++i) {
-        if (events[i].type != evSyn && events[i].type != code::evMsc) {
+        if (events[i].type != evSyn) {
             return true;
         }
     }

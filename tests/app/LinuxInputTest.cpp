@@ -1,6 +1,5 @@
 #include "platform/linux/LinuxInput.h"
 #include "platform/linux/QtEventLoop.h"
-#include "platform/linux/input/BackgroundClose.h"
 #include "platform/linux/input/NodeWatch.h"
 
 #include <QCoreApplication>
@@ -14,7 +13,6 @@
 #include <algorithm>
 #include <cstdio>
 #include <functional>
-#include <poll.h>
 #include <string>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -58,33 +56,14 @@ TEST(LinuxInputTest, RefusesTheTapAndTheHoldWhenTheDevicesCannotBeUsed) {
     QTemporaryDir root;
     ASSERT_TRUE(QDir(root.path()).mkdir(QStringLiteral("input")));
     oslinux::LinuxInput input(root.path().toStdString());
-    EXPECT_FALSE(input.scrollTap().create(nullptr, nullptr)) << "no uinput under the root";
-    EXPECT_TRUE(input.pointers().current().empty());
+    EXPECT_FALSE(input.router().create(nullptr, nullptr)) << "no uinput under the root";
+    EXPECT_TRUE(input.router().current().empty());
 
     QFile node(root.path() + QStringLiteral("/input/event0")); // no event device
     ASSERT_TRUE(node.open(QIODevice::WriteOnly));
     node.close();
-    EXPECT_FALSE(input.keyboard().grab());
-    input.keyboard().release();
-}
-
-TEST(BackgroundCloseTest, ClosesEveryDescriptorHandedToIt) {
-    std::vector<pollfd> writers;
-    for (int i = 0; i < 3; ++i) {
-        int ends[2];
-        ASSERT_EQ(::pipe(ends), 0);
-        oslinux::closeInBackground(ends[0]);
-        writers.push_back({ends[1], POLLOUT, 0});
-    }
-    // A pipe's writer sees POLLERR once its reader is closed.
-    EXPECT_TRUE(processUntil([&] {
-        ::poll(writers.data(), writers.size(), 0);
-        return std::all_of(writers.begin(), writers.end(),
-                           [](const pollfd& p) { return (p.revents & POLLERR) != 0; });
-    }));
-    for (const pollfd& writer : writers) {
-        ::close(writer.fd);
-    }
+    EXPECT_FALSE(input.router().grab());
+    input.router().release();
 }
 
 // The directory watch used where no udevd runs, on a plain directory standing in for /dev.

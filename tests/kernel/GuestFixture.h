@@ -2,13 +2,17 @@
 
 #include "kernel/PollLoop.h"
 #include "kernel/VirtualDevices.h"
-#include "platform/linux/input/InputLayer.h"
+#include "platform/linux/input/InputRouter.h"
 
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <cstdlib>
+#include <fcntl.h>
 #include <memory>
 #include <string>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace tolvane::kerneltest {
 
@@ -17,31 +21,38 @@ class GuestFixture : public ::testing::Test {
 protected:
     void start(const std::string& deviceRoot = "/dev",
                std::chrono::milliseconds watchdogTimeout = std::chrono::seconds(10)) {
-        layer = std::make_unique<oslinux::InputLayer>(loop, deviceRoot, watchdogTimeout);
+        layer = std::make_unique<oslinux::InputRouter>(loop, deviceRoot, watchdogTimeout);
     }
-
     void TearDown() override { layer.reset(); }
 
     PollLoop loop;
-    std::unique_ptr<oslinux::InputLayer> layer;
+    std::unique_ptr<oslinux::InputRouter> layer;
 };
 
 // A device directory of the test's own making, whose nodes link to real ones.
 class FakeDeviceRoot {
 public:
-    FakeDeviceRoot();
-    ~FakeDeviceRoot();
+    FakeDeviceRoot() : root(::mkdtemp(pattern)) { ::mkdir((root + "/input").c_str(), 0755); }
+    ~FakeDeviceRoot() { [[maybe_unused]] int rc = std::system(("rm -rf " + root).c_str()); }
 
     const std::string& path() const { return root; }
-    void linkNode(const std::string& node, const std::string& target);
-    void linkUinput();
-    // A node that exists but is no event device.
-    void addBogusNode(const std::string& node);
-    void removeNode(const std::string& node);
+    // An empty target makes a node that exists but is no event device.
+    void linkNode(const std::string& node, const std::string& target) {
+        const std::string at = root + "/input/" + node;
+        [[maybe_unused]] int rc = target.empty() ? ::close(::creat(at.c_str(), 0644))
+                                                 : ::symlink(target.c_str(), at.c_str());
+    }
+    void linkUinput() {
+        [[maybe_unused]] int rc = ::symlink("/dev/uinput", (root + "/uinput").c_str());
+    }
     // Puts a link to `target` in the node's place in one step, as a rename.
-    void replaceNode(const std::string& node, const std::string& target);
+    void replaceNode(const std::string& node, const std::string& target) {
+        linkNode("staging", target);
+        ::rename((root + "/input/staging").c_str(), (root + "/input/" + node).c_str());
+    }
 
 private:
+    char pattern[32] = "/tmp/tolvane-root.XXXXXX"; // before `root`, which is made from it
     std::string root;
 };
 

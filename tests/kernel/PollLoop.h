@@ -14,8 +14,8 @@ public:
     void watchReadable(int fd, std::function<void()> onReadable) override;
     void unwatch(int fd) override;
 
-    // One wait of at most `timeout`, then every ready callback.
-    void turn(std::chrono::milliseconds timeout = std::chrono::milliseconds(0));
+    // One wait of at most `timeout`, then every ready callback; returns how many were ready.
+    int turn(std::chrono::milliseconds timeout = std::chrono::milliseconds(0));
 
     // Turns until nothing is ready any more.
     void settle();
@@ -23,8 +23,6 @@ public:
     // Turns until `done` or the time is up; returns done().
     bool turnUntil(const std::function<bool()>& done,
                    std::chrono::milliseconds limit = std::chrono::milliseconds(2000));
-
-    std::size_t watchCount() const { return watches.size(); }
 
 private:
     struct Watch {

@@ -5,9 +5,9 @@
 
 #include <algorithm>
 #include <array>
-#include <dirent.h>
 #include <fcntl.h>
-#include <iterator>
+#include <filesystem>
+#include <fstream>
 #include <poll.h>
 #include <sys/ioctl.h>
 #include <tuple>
@@ -20,10 +20,6 @@ DeviceRecipe usbMouse(const std::string& name) {
             BUS_USB,
             {REL_X, REL_Y, REL_WHEEL, REL_HWHEEL, REL_WHEEL_HI_RES, REL_HWHEEL_HI_RES},
             {BTN_LEFT, BTN_RIGHT, BTN_MIDDLE}};
-}
-
-DeviceRecipe builtInPointer() {
-    return {"Tolvane Test TrackPoint", BUS_I8042, {REL_X, REL_Y}, {BTN_LEFT, BTN_RIGHT}};
 }
 
 DeviceRecipe usbKeyboard(const std::string& name) {
@@ -39,25 +35,6 @@ DeviceRecipe consumerControl() {
     DeviceRecipe r{"Tolvane Test Keyboard Consumer Control", BUS_USB, {REL_HWHEEL}};
     r.keys = {KEY_MUTE, KEY_VOLUMEDOWN, KEY_VOLUMEUP, KEY_PLAYPAUSE, KEY_BRIGHTNESSUP};
     r.repeat = true;
-    return r;
-}
-
-DeviceRecipe powerButton() {
-    return {"Tolvane Test Power Button", BUS_HOST, {}, {KEY_POWER}};
-}
-
-DeviceRecipe lidSwitch() {
-    DeviceRecipe r{"Tolvane Test Lid Switch", BUS_HOST};
-    r.switches = {SW_LID};
-    return r;
-}
-
-DeviceRecipe keyboardWithTouchpad() {
-    DeviceRecipe r = usbKeyboard("Tolvane Test Keyboard with Touchpad");
-    r.keys.insert(r.keys.end(), {BTN_LEFT, BTN_TOOL_FINGER, BTN_TOUCH});
-    r.abs = {ABS_X, ABS_Y};
-    r.props = {INPUT_PROP_POINTER};
-    r.repeat = false;
     return r;
 }
 
@@ -88,11 +65,8 @@ std::unique_ptr<VirtualDevice> VirtualDevice::plug(const DeviceRecipe& recipe) {
     libevdev_uinput* device = nullptr;
     const int rc = libevdev_uinput_create_from_device(dev, LIBEVDEV_UINPUT_OPEN_MANAGED, &device);
     libevdev_free(dev);
-    if (rc != 0) {
-        return nullptr;
-    }
-    const char* node = libevdev_uinput_get_devnode(device);
-    return std::unique_ptr<VirtualDevice>(new VirtualDevice(device, node ? node : ""));
+    const char* node = rc == 0 ? libevdev_uinput_get_devnode(device) : nullptr;
+    return node ? std::unique_ptr<VirtualDevice>(new VirtualDevice(device, node)) : nullptr;
 }
 
 VirtualDevice::~VirtualDevice() {
@@ -121,22 +95,17 @@ NodeReader::~NodeReader() {
     }
 }
 
-std::vector<InputEvent> NodeReader::readAll() {
+std::vector<InputEvent> NodeReader::readAll(int ms) {
+    pollfd p{fd, POLLIN, 0};
+    ::poll(&p, 1, ms);
     std::vector<InputEvent> events;
     std::array<input_event, 64> buffer;
-    ssize_t n;
-    while ((n = ::read(fd, buffer.data(), sizeof(buffer))) > 0) {
+    for (ssize_t n; (n = ::read(fd, buffer.data(), sizeof(buffer))) > 0;) {
         for (ssize_t i = 0; i < n / ssize_t(sizeof(input_event)); ++i) {
             events.push_back({buffer[i].type, buffer[i].code, buffer[i].value});
         }
     }
     return events;
-}
-
-std::vector<InputEvent> NodeReader::readWithin(int ms) {
-    pollfd p{fd, POLLIN, 0};
-    ::poll(&p, 1, ms);
-    return readAll();
 }
 
 bool NodeReader::keyDown(std::uint16_t code) const {
@@ -165,34 +134,17 @@ void NodeReader::ungrab() {
     ::ioctl(fd, EVIOCGRAB, 0);
 }
 
-input_id NodeReader::id() const {
-    input_id id{};
-    ::ioctl(fd, EVIOCGID, &id);
-    return id;
-}
-
 std::vector<std::string> nodesNamed(const std::string& name,
                                     const std::vector<std::string>& except) {
     std::vector<std::string> found;
-    DIR* dir = ::opendir("/dev/input");
-    for (const dirent* entry = dir ? ::readdir(dir) : nullptr; entry; entry = ::readdir(dir)) {
-        const std::string path = std::string("/dev/input/") + entry->d_name;
-        if (path.find("/event") == std::string::npos ||
-            std::find(except.begin(), except.end(), path) != except.end()) {
-            continue;
-        }
-        std::array<char, 256> buffer{};
-        const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-        if (fd >= 0 && ::ioctl(fd, EVIOCGNAME(buffer.size() - 1), buffer.data()) >= 0 &&
-            name == buffer.data()) {
+    for (const auto& entry : std::filesystem::directory_iterator("/sys/class/input")) {
+        const std::string node = entry.path().filename(), path = "/dev/input/" + node;
+        std::string line;
+        std::getline(std::ifstream(entry.path() / "device/name"), line);
+        if (node.starts_with("event") && line == name &&
+            std::find(except.begin(), except.end(), path) == except.end()) {
             found.push_back(path);
         }
-        if (fd >= 0) {
-            ::close(fd);
-        }
-    }
-    if (dir) {
-        ::closedir(dir);
     }
     return found;
 }

@@ -13,29 +13,17 @@ struct libevdev_uinput;
 
 namespace tolvane::kerneltest {
 
-// What a virtual device made through uinput can send.
+// What a virtual device made through uinput can send; absolute axes range over 0..4095.
 struct DeviceRecipe {
-    DeviceRecipe(std::string name, std::uint16_t bus = BUS_USB, std::vector<std::uint16_t> rel = {},
-                 std::vector<std::uint16_t> keys = {})
-        : name(std::move(name)), bus(bus), rel(std::move(rel)), keys(std::move(keys)) {}
-
-    std::string name;
+    std::string name{};
     std::uint16_t bus = BUS_USB;
-    std::vector<std::uint16_t> rel;
-    std::vector<std::uint16_t> keys;
-    std::vector<std::uint16_t> abs; // ranges 0..4095
-    std::vector<std::uint16_t> switches;
-    std::vector<std::uint16_t> props;
+    std::vector<std::uint16_t> rel{}, keys{}, abs{}, switches{}, props{};
     bool repeat = false; // kernel auto-repeat, as real keyboards have
 };
 
 DeviceRecipe usbMouse(const std::string& name = "Tolvane Test USB Mouse");
-DeviceRecipe builtInPointer(); // i8042, no wheel
-DeviceRecipe usbKeyboard(const std::string& name = "Tolvane Test Keyboard");
+DeviceRecipe usbKeyboard(const std::string& name = "Tolvane Test Keyboard"); // power key too
 DeviceRecipe consumerControl(); // media keys and a horizontal wheel, as many keyboards have
-DeviceRecipe powerButton();
-DeviceRecipe lidSwitch();
-DeviceRecipe keyboardWithTouchpad();
 
 // A device plugged in for as long as the object lives.
 class VirtualDevice {
@@ -50,10 +38,7 @@ public:
     // Writes the events and then a SYN_REPORT.
     void frame(const std::vector<InputEvent>& events);
     void key(std::uint16_t code, int value) { frame({{EV_KEY, code, value}}); }
-    void tap(std::uint16_t code) {
-        key(code, 1);
-        key(code, 0);
-    }
+    void tap(std::uint16_t code) { frame({{EV_KEY, code, 1}}), frame({{EV_KEY, code, 0}}); }
 
 private:
     VirtualDevice(libevdev_uinput* device, std::string path)
@@ -62,25 +47,22 @@ private:
     std::string nodePath;
 };
 
-// A plain reader of an event node, as the desktop would be: it never grabs.
+// A plain reader of an event node, as the desktop would be: it never grabs unless told to.
 class NodeReader {
 public:
     explicit NodeReader(const std::string& path);
     ~NodeReader();
 
     bool isOpen() const { return fd >= 0; }
-    // Everything pending now, SYN_REPORTs included.
-    std::vector<InputEvent> readAll();
-    // Waits up to `ms` for something to read, then reads all.
-    std::vector<InputEvent> readWithin(int ms);
+    int descriptor() const { return fd; }
+    // Everything pending now (after waiting up to `ms` for something), SYN_REPORTs included.
+    std::vector<InputEvent> readAll(int ms = 0);
     // EVIOCGKEY: note that it also drops the key events still queued for this reader.
     bool keyDown(std::uint16_t code) const;
     bool hasType(std::uint16_t type) const; // EVIOCGBIT(0)
     bool tryGrab(); // true when nobody else holds the device; released again at once
-    bool grab();    // held until ungrab()
+    bool grab();    // held until the reader closes
     void ungrab();
-    input_id id() const;
-    int descriptor() const { return fd; }
 
 private:
     int fd;

@@ -20,13 +20,7 @@ ensure_host_tools() {
         missing+=(busybox-static)
     command -v cpio >/dev/null || missing+=(cpio)
     command -v xz >/dev/null || missing+=(xz-utils)
-    [ ${#missing[@]} -eq 0 ] && return
-    echo "installing ${missing[*]}"
-    if ! apt-get install -y -q --no-install-recommends "${missing[@]}" >"$work/apt.log" 2>&1; then
-        apt-get update -q >>"$work/apt.log" 2>&1 || true
-        apt-get install -y -q --no-install-recommends "${missing[@]}" >>"$work/apt.log" 2>&1 ||
-            fail "cannot install ${missing[*]} (see $work/apt.log)"
-    fi
+    [ ${#missing[@]} -eq 0 ] || fail "missing ${missing[*]}: scripts/install-deps --tests installs them"
 }
 
 # Takes vmlinuz, config and the two modules out of linux-image-amd64's dependency, without
@@ -36,15 +30,14 @@ fetch_kernel() {
         [ -s "$cache/uinput.ko" ] && return
     echo "fetching the Debian kernel into $cache"
     mkdir -p "$cache"
-    local tmp package
+    local tmp package try
     tmp=$(mktemp -d "$cache/fetch.XXXXXX")
-    package=$(apt-cache depends linux-image-amd64 2>/dev/null |
-        sed -n 's/^ *Depends: \(linux-image-[0-9][^ ]*-amd64\)$/\1/p' | head -n 1)
-    if [ -z "$package" ]; then
-        apt-get update -q >"$work/apt.log" 2>&1 || true
+    for try in cached updated; do
+        [ "$try" = updated ] && { apt-get update -q >"$work/apt.log" 2>&1 || true; }
         package=$(apt-cache depends linux-image-amd64 2>/dev/null |
             sed -n 's/^ *Depends: \(linux-image-[0-9][^ ]*-amd64\)$/\1/p' | head -n 1)
-    fi
+        [ -n "$package" ] && break
+    done
     [ -n "$package" ] || fail "linux-image-amd64 does not resolve to a kernel package"
     (cd "$tmp" && apt-get download -q "$package" >"$work/download.log" 2>&1) ||
         fail "cannot download $package (see $work/download.log)"

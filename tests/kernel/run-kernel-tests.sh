@@ -1,15 +1,20 @@
 #!/bin/bash
 # Boots the test kernel with the kernel tier's test program and leaves the guest's log, from
-# which each case shows in ctest as a test of its own (check-guest-case.cmake). So this step
-# fails only when the guest ended without running its cases to the end.
+# which each case shows in ctest as a test of its own (--case). So this step fails only when
+# the guest ended without running its cases to the end.
 #
 #   run-kernel-tests.sh TEST_PROGRAM WORK_DIR [PROGRAM...]
+#   run-kernel-tests.sh --case GUEST_LOG SUITE.NAME   (prints the case's lines; fails unless OK)
 #
 # The further programs, linked statically, go to /bin in the guest for the cases that start
 # them (the wheel benchmark's floor and Tolvane's wheel program). TOLVANE_KERNEL_FILTER, when
 # set, is handed to the test program as its --gtest_filter (for work on a single case).
 set -eu
 
+if [ "$1" = --case ]; then
+    sed -n "/RUN      \] $3\$/,/\] $3 (/p" "$2"
+    exec grep -q "OK \] $3 (" "$2"
+fi
 program=$1
 work=$2
 shift 2

@@ -67,7 +67,8 @@ TEST(DeviceRoles, PointerUsageBuiltInWheelAndKeyHoldFollowCapabilities) {
         std::bitset<propCount> props{};
     };
     const Row rows[] = {
-        {"USB Keyboard", busUsb, "keys", {}, {}, keyboardKeys()},
+        {"USB Keyboard", busUsb, "keys+rest", {}, {}, keyboardKeys()}, // its power key passes
+        {"Letters Only", busUsb, "keys", {}, {}, codeSet<keyCount>({keyEsc, keyA, keyF1})},
         {"USB Keyboard Consumer Control", busUsb, "wheel keys+rest", hWheel, volume, mediaKeys},
         {"USB Keyboard System Control", busUsb, "", {}, {}, systemKeys},
         {"USB Keyboard Mouse", busUsb, "mouse external wheel", mouseRel, {}, mouseButtons},
@@ -79,7 +80,7 @@ TEST(DeviceRoles, PointerUsageBuiltInWheelAndKeyHoldFollowCapabilities) {
         {"TPPS/2 IBM TrackPoint", busI8042, "mouse built-in", xy, {}, mouseButtons},
         {"Acme Wireless TrackPad", busUsb, "mouse wheel", mouseRel, {}, mouseButtons},
         {"Keyboard with Touchpad", busUsb, "keys+rest", {}, touchpadAbs, keyboardAndTouchpad},
-        {"AT Translated Set 2 keyboard", busI8042, "built-in keys", {}, {}, keyboardKeys()},
+        {"AT Translated Set 2 keyboard", busI8042, "built-in keys+rest", {}, {}, keyboardKeys()},
         {"ThinkPad Extra Buttons", busHost, "built-in keys+rest", {}, {}, mediaKeys, tabletSwitch},
         {"QEMU USB Tablet", busUsb, "pointer external wheel", wheel, absXY, mouseButtons},
         {"Wacom Intuos Pen", busUsb, "", {}, absXY, penKeys},
@@ -102,28 +103,13 @@ TEST(DeviceRoles, PointerUsageBuiltInWheelAndKeyHoldFollowCapabilities) {
     }
 }
 
-TEST(DropSwallowedKeys, KeepsPointerButtonsMotionAndSwitchesInOrder) {
-    std::vector<InputEvent> frame{{evMsc, mscScan, 0x70004},   {evKey, keyA, 1},
-                                  {evKey, btnLeft, 1},         {evRel, relX, 3},
-                                  {evKey, keyVolumeUp, 1},     {evKey, keyPower, 1},
-                                  {evKey, keyOk, 1},           {evSw, swTabletMode, 1},
-                                  {evKey, btnTouch, 1},        {evKey, btnDpadUp, 1},
-                                  {evKey, btnTriggerHappy, 1}, {evSyn, 0, 0}};
-    frame.resize(dropSwallowedKeys(frame.data(), frame.size()));
-    EXPECT_EQ(frame, (std::vector<InputEvent>{{evKey, btnLeft, 1},
-                                              {evRel, relX, 3},
-                                              {evSw, swTabletMode, 1},
-                                              {evKey, btnTouch, 1},
-                                              {evKey, btnDpadUp, 1},
-                                              {evKey, btnTriggerHappy, 1},
-                                              {evSyn, 0, 0}}));
-    EXPECT_TRUE(carriesInput(frame.data(), frame.size()));
-
-    std::vector<InputEvent> keysOnly{
-        {evMsc, mscScan, 0x70004}, {evKey, keyLeftShift, 2}, {evKey, keyF1, 0}, {evSyn, 0, 0}};
-    keysOnly.resize(dropSwallowedKeys(keysOnly.data(), keysOnly.size()));
-    EXPECT_EQ(keysOnly, (std::vector<InputEvent>{{evSyn, 0, 0}}));
-    EXPECT_FALSE(carriesInput(keysOnly.data(), keysOnly.size()));
+TEST(DeviceRoles, OnlyAMarkedPhysMakesAClone) {
+    DeviceCapabilities device;
+    EXPECT_FALSE(isTolvaneClone(device));
+    device.phys = "usb-0000:00:14.0-1/input0";
+    EXPECT_FALSE(isTolvaneClone(device));
+    device.phys = markedPhys(device.phys);
+    EXPECT_TRUE(isTolvaneClone(device));
 }
 
 } // namespace

@@ -1,8 +1,6 @@
 #pragma once
 
-#include "platform/KeyboardGrab.h"
-#include "platform/PointerDevices.h"
-#include "platform/ScrollTap.h"
+#include "platform/linux/input/InputRouter.h"
 
 #include <memory>
 #include <string>
@@ -10,11 +8,11 @@
 namespace tolvane::oslinux {
 
 class QtEventLoop;
-class InputLayer;
 class LogindSession;
 
-// The input devices of this machine on Qt's event loop: the wheel tap, the pointer devices
-// and the keyboard grab, sharing one discovery of the event nodes under deviceRoot/input.
+// The input devices of this machine on Qt's event loop: the router (the wheel tap, the pointer
+// devices and the keyboard grab in one) and the login session that turns it off while another
+// user's session is active.
 class LinuxInput {
 public:
     explicit LinuxInput(const std::string& deviceRoot = "/dev");
@@ -23,13 +21,11 @@ public:
     LinuxInput(const LinuxInput&) = delete;
     LinuxInput& operator=(const LinuxInput&) = delete;
 
-    platform::ScrollTap& scrollTap();
-    platform::PointerDevices& pointers();
-    platform::KeyboardGrab& keyboard();
+    InputRouter& router() { return *routerOnLoop; }
 
 private:
     std::unique_ptr<QtEventLoop> loop;
-    std::unique_ptr<InputLayer> layer;
+    std::unique_ptr<InputRouter> routerOnLoop;
     std::unique_ptr<LogindSession> session;
 };
 

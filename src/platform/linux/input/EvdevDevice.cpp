@@ -1,6 +1,7 @@
 // An evdev node is read through libevdev so that SYN_DROPPED can be resynchronised from the
 // kernel's state. The thing easy to get wrong: EVIOCGRAB while a key or button is down leaves
-// that key pressed for every other reader, because its release only reaches the grabber.
+// that key pressed for every other reader, because its release only reaches the grabber; so the
+// node is opened for writing too where allowed, and the releases can be written to it first.
 #include "platform/linux/input/EvdevDevice.h"
 
 #include "platform/linux/input/BackgroundClose.h"
@@ -13,11 +14,15 @@
 #include <linux/input.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
+#include <vector>
 
 namespace tolvane::oslinux {
 
 std::unique_ptr<EvdevDevice> EvdevDevice::open(const std::string& path) {
-    const int fd = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    int fd = ::open(path.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
+    if (fd < 0 && (errno == EACCES || errno == EPERM || errno == EROFS)) {
+        fd = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    }
     if (fd < 0) {
         return nullptr;
     }
@@ -60,10 +65,28 @@ bool EvdevDevice::anyKeyDown() const {
     return false;
 }
 
+bool EvdevDevice::releaseKeysDown() {
+    std::array<unsigned char, KEY_CNT / 8 + 1> down{};
+    if (::ioctl(descriptor, EVIOCGKEY(down.size()), down.data()) < 0) {
+        return false;
+    }
+    std::vector<input_event> out;
+    for (unsigned c = 0; c < KEY_CNT; ++c) {
+        if ((down[c / 8] >> (c % 8)) & 1) {
+            out.push_back(input_event{{}, EV_KEY, static_cast<std::uint16_t>(c), 0});
+        }
+    }
+    out.push_back(input_event{{}, EV_SYN, SYN_REPORT, 0});
+    const auto size = static_cast<ssize_t>(out.size() * sizeof(input_event));
+    return ::write(descriptor, out.data(), static_cast<std::size_t>(size)) == size;
+}
+
 DeviceCapabilities readCapabilities(const libevdev* dev) {
     DeviceCapabilities caps;
     const char* name = libevdev_get_name(dev);
     caps.name = name ? name : "";
+    const char* phys = libevdev_get_phys(dev);
+    caps.phys = phys ? phys : "";
     caps.busType = static_cast<std::uint16_t>(libevdev_get_id_bustype(dev));
     caps.vendor = static_cast<std::uint16_t>(libevdev_get_id_vendor(dev));
     caps.product = static_cast<std::uint16_t>(libevdev_get_id_product(dev));

@@ -12,7 +12,8 @@ namespace tolvane::oslinux {
 // One opened input event node: its descriptor, libevdev's view of it and what it can send.
 class EvdevDevice {
 public:
-    // Absent when the node cannot be opened or is not an event device; errno tells why.
+    // Absent when the node cannot be opened or is not an event device; errno tells why. Opened
+    // for reading and writing where allowed, else for reading.
     static std::unique_ptr<EvdevDevice> open(const std::string& path);
     ~EvdevDevice();
 
@@ -30,6 +31,10 @@ public:
     // Whether the kernel sees any key or button down on the device now (EVIOCGKEY, which also
     // drops the key events still queued for this descriptor).
     bool anyKeyDown() const;
+
+    // Writes a release of every key and button down into the device, for every reader of it,
+    // as if they had been let go of. False when the node is not open for writing.
+    bool releaseKeysDown();
 
 private:
     EvdevDevice(int fd, libevdev* dev);

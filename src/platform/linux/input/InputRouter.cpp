@@ -1,7 +1,7 @@
 // The registry of input nodes and the roles that decide which of them are opened and taken.
-// The thing easy to get wrong: the program's own clones appear as new input nodes too, and
-// taking one would feed its events back into itself; they are recognised by the node each
-// clone was given when it was made, never by name.
+// The thing easy to get wrong: clones appear as new input nodes too, this program's and any
+// other Tolvane's, and taking one would feed its events back into a chain of clones; they are
+// recognised by the mark in their phys, never by name or by the node this program made.
 #include "platform/linux/input/InputRouter.h"
 
 #include "platform/linux/input/NodeWatch.h"
@@ -12,13 +12,27 @@
 
 namespace tolvane::oslinux {
 
-InputRouter::InputRouter(EventLoop& loop, std::string deviceRoot, GrabWatchdog& watchdog)
-    : loop(loop), root(std::move(deviceRoot)), watchdog(watchdog) {
+InputRouter::InputRouter(EventLoop& loop, std::string deviceRoot,
+                         std::chrono::milliseconds watchdogTimeout, std::string logFile)
+    : loop(loop), root(std::move(deviceRoot)), watchdog(watchdogTimeout, std::move(logFile)) {
     // After a stop or a stall, take the devices back as soon as the loop turns again, not only
     // with the next input, which would reach the desktop and Tolvane both.
     if (watchdog.noticeFd() >= 0) {
         loop.watchReadable(watchdog.noticeFd(),
                            [this] { recoverFromStall(this->watchdog.takeReleased()); });
+    }
+    // The node watch runs before the first scan, or a device plugged in between the two is
+    // never seen; a node reported twice is harmless, as what is known is ignored.
+    NodeCallbacks callbacks{[this](const std::string& node) { nodeAppeared(node); },
+                            [this](const std::string& node) { nodeVanished(node); }};
+    if (root == "/dev") {
+        nodeWatch = watchNodesWithUdev(loop, callbacks);
+    }
+    if (!nodeWatch) {
+        nodeWatch = watchNodesWithInotify(loop, root, callbacks);
+    }
+    for (const std::string& node : listEventNodes(root)) {
+        nodeAppeared(node);
     }
 }
 
@@ -26,10 +40,9 @@ InputRouter::~InputRouter() {
     if (watchdog.noticeFd() >= 0) {
         loop.unwatch(watchdog.noticeFd());
     }
+    nodeWatch.reset();
     for (auto& [node, entry] : known) {
-        if (entry.routed) {
-            letGo(*entry.routed);
-        }
+        entry.routed.reset();
     }
 }
 
@@ -38,9 +51,6 @@ std::string InputRouter::pathOf(const std::string& node) const {
 }
 
 void InputRouter::nodeAppeared(const std::string& node) {
-    if (isOwnClone(node)) {
-        return;
-    }
     Known& entry = known[node];
     if (entry.capabilities) {
         return;
@@ -64,10 +74,7 @@ void InputRouter::nodeVanished(const std::string& node) {
     }
     Known entry = std::move(found->second);
     known.erase(found);
-    if (entry.routed) {
-        letGo(*entry.routed);
-        entry.routed.reset();
-    }
+    entry.routed.reset();
     if (entry.pointer && pointerCallbacks.removed) {
         pointerCallbacks.removed({pathOf(node), entry.properties});
     }
@@ -80,13 +87,13 @@ bool InputRouter::learn(const std::string& node, Known& entry) {
     }
     entry.capabilities = device->capabilities();
     entry.properties = pointerPropertiesOf(*entry.capabilities);
-    entry.pointer = matchesPointerUsage(entry.properties);
+    entry.pointer = matchesPointerUsage(entry.properties) && !isTolvaneClone(*entry.capabilities);
     return true;
 }
 
 bool InputRouter::allNodesReadable() {
     for (const std::string& node : listEventNodes(root)) {
-        if (!isOwnClone(node) && known.count(node) == 0) {
+        if (known.count(node) == 0) {
             nodeAppeared(node);
         }
     }
@@ -103,7 +110,7 @@ bool InputRouter::allNodesReadable() {
     return true;
 }
 
-bool InputRouter::startWheelTap(platform::WheelEventFilter wheelFilter, void* context) {
+bool InputRouter::create(platform::WheelEventFilter wheelFilter, void* context) {
     const int uinput = ::open((root + "/uinput").c_str(), O_RDWR | O_CLOEXEC);
     if (uinput < 0) {
         return false;
@@ -129,7 +136,7 @@ bool InputRouter::startWheelTap(platform::WheelEventFilter wheelFilter, void* co
     return true;
 }
 
-bool InputRouter::holdKeyboards() {
+bool InputRouter::grab() {
     if (holding) {
         return true;
     }
@@ -137,16 +144,22 @@ bool InputRouter::holdKeyboards() {
         return false;
     }
     holding = true;
+    // A keyboard another program holds is left to it, and one uinput will not clone is skipped;
+    // the hold fails only when there were keyboards and none of them could be taken.
+    bool tried = false, taken = false;
     for (auto& [node, entry] : known) {
-        if (takesKeys(entry) && applyRoles(node, entry) != Outcome::done) {
-            releaseKeyboards();
-            return false;
+        if (takesKeys(entry)) {
+            tried = true;
+            taken = applyRoles(node, entry) == Outcome::done || taken;
         }
     }
-    return true;
+    if (tried && !taken) {
+        release();
+    }
+    return taken || !tried;
 }
 
-void InputRouter::releaseKeyboards() {
+void InputRouter::release() {
     holding = false;
     for (auto& [node, entry] : known) {
         if (takesKeys(entry)) {
@@ -156,11 +169,13 @@ void InputRouter::releaseKeyboards() {
 }
 
 bool InputRouter::takesWheel(const Known& entry) {
-    return entry.capabilities && hasWheel(*entry.capabilities);
+    return entry.capabilities && !isTolvaneClone(*entry.capabilities) &&
+           hasWheel(*entry.capabilities);
 }
 
 bool InputRouter::takesKeys(const Known& entry) {
-    return entry.capabilities && keyHoldFor(*entry.capabilities) != KeyHold::none;
+    return entry.capabilities && !isTolvaneClone(*entry.capabilities) &&
+           keyHoldFor(*entry.capabilities) != KeyHold::none;
 }
 
 void InputRouter::setSessionActive(bool active) {
@@ -176,11 +191,11 @@ void InputRouter::setSessionActive(bool active) {
     }
 }
 
-void InputRouter::setPointerCallbacks(platform::PointerDevices::Callbacks callbacks) {
+void InputRouter::open(Callbacks callbacks) {
     pointerCallbacks = std::move(callbacks);
 }
 
-std::vector<platform::PointerDevice> InputRouter::pointerDevices() const {
+std::vector<platform::PointerDevice> InputRouter::current() {
     std::vector<platform::PointerDevice> devices;
     for (const auto& [node, entry] : known) {
         if (entry.pointer) {

@@ -1,28 +1,36 @@
 #pragma once
 
+#include "platform/KeyboardGrab.h"
 #include "platform/PointerDevices.h"
 #include "platform/ScrollTap.h"
 #include "platform/linux/input/EventLoop.h"
 #include "platform/linux/input/GrabWatchdog.h"
+#include "platform/linux/input/NodeWatch.h"
 #include "platform/linux/input/RoutedDevice.h"
 
+#include <chrono>
 #include <map>
 #include <memory>
 #include <optional>
-#include <set>
 #include <string>
 #include <vector>
 
 namespace tolvane::oslinux {
 
-// Knows every input event node, opens the ones some role needs, and keeps each device's grab,
-// clone and watch in line with two roles: the wheel tap (every wheel device, from its start
-// on) and the keyboard hold (every keyboard and media-key device, while held). The program's
-// own clones are known by the node each was given and are never taken or reported.
-class InputRouter {
+// The whole input layer on one loop: it follows the event nodes under deviceRoot/input, opens
+// the ones some role needs, and keeps each device's grab, clone and watch in line with two
+// roles: the wheel tap (every wheel device, from its start on) and the keyboard hold (every
+// keyboard and media-key device, while held). Virtual devices marked as Tolvane's clones,
+// whoever made them, are never taken or reported. The watchdog writes the stalls it ends to
+// `logFile` too.
+class InputRouter final : public platform::ScrollTap,
+                          public platform::PointerDevices,
+                          public platform::KeyboardGrab {
 public:
-    InputRouter(EventLoop& loop, std::string deviceRoot, GrabWatchdog& watchdog);
-    ~InputRouter();
+    explicit InputRouter(EventLoop& loop, std::string deviceRoot = "/dev",
+                         std::chrono::milliseconds watchdogTimeout = std::chrono::seconds(10),
+                         std::string logFile = {});
+    ~InputRouter() override;
 
     InputRouter(const InputRouter&) = delete;
     InputRouter& operator=(const InputRouter&) = delete;
@@ -30,26 +38,23 @@ public:
     void nodeAppeared(const std::string& node);
     void nodeVanished(const std::string& node);
 
-    // False, with nothing taken, when uinput or an event node cannot be opened or a clone
-    // cannot be made. A device another program holds is left to it.
-    bool startWheelTap(platform::WheelEventFilter filter, void* context);
+    // The wheel tap. False, with nothing taken, when uinput or an event node cannot be opened
+    // or a clone cannot be made. A device another program holds is left to it.
+    bool create(platform::WheelEventFilter filter, void* context) override;
 
-    // False, with nothing held, when a node cannot be opened or a keyboard cannot be taken.
-    // A keyboard with a key down is taken as soon as its keys are up.
-    bool holdKeyboards();
-    void releaseKeyboards();
-    bool keyboardsHeld() const { return holding; }
+    // The keyboard hold. False, with nothing held, when a node cannot be opened or no keyboard
+    // can be taken; one another program holds, or uinput will not clone, is left out. A keyboard
+    // with a key down is taken as soon as its keys are up.
+    bool grab() override;
+    void release() override;
+
+    void open(Callbacks callbacks) override;
+    std::vector<platform::PointerDevice> current() override;
 
     // While the login session is not the active one (another user's is, after a switch of
     // users), every device is let go of and closed; the roles stay and take their devices
     // again once the session is active.
     void setSessionActive(bool active);
-
-    void setPointerCallbacks(platform::PointerDevices::Callbacks callbacks);
-    std::vector<platform::PointerDevice> pointerDevices() const;
-
-    // Whether `node` is one of the program's own clones.
-    bool isOwnClone(const std::string& node) const { return cloneNodes.count(node) != 0; }
 
 private:
     struct Known {
@@ -66,25 +71,20 @@ private:
     bool learn(const std::string& node, Known& known);
     bool allNodesReadable();
     Outcome applyRoles(const std::string& node, Known& known);
-    Outcome settle(RoutedDevice& device);
-    void takeWhenIdle(RoutedDevice& device);
-    void letGo(RoutedDevice& device);
-    void watch(RoutedDevice& device);
     void onReadable(RoutedDevice& device);
-    void dropClone(RoutedDevice& device);
     void recoverFromStall(const std::vector<int>& released);
 
     EventLoop& loop;
     const std::string root;
-    GrabWatchdog& watchdog;
+    GrabWatchdog watchdog;
     std::map<std::string, Known> known;
-    std::set<std::string> cloneNodes;
     platform::PointerDevices::Callbacks pointerCallbacks;
     bool tapping = false;
     platform::WheelEventFilter filter = nullptr;
     void* filterContext = nullptr;
     bool holding = false;
     bool sessionActive = true;
+    std::unique_ptr<NodeWatch> nodeWatch; // last: its callbacks reach everything above
 };
 
 } // namespace tolvane::oslinux

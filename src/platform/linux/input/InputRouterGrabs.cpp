@@ -1,7 +1,7 @@
-// Taking and giving back one device: grab, clone, watch, and the watchdog's list. The thing
+// Giving each device the roles that apply to it: its clone, its grab and its watch. The thing
 // easy to get wrong: a device may only be taken while nothing on it is down (EVIOCGKEY), or
-// the desktop keeps that key or button pressed and repeats it; a device with something down
-// is watched until it is idle and taken then.
+// the desktop keeps that key or button pressed and repeats it; RoutedDevice watches a device
+// with something down until it is idle and takes it then.
 #include "platform/linux/input/InputRouter.h"
 
 #include <algorithm>
@@ -12,9 +12,8 @@ InputRouter::Outcome InputRouter::applyRoles(const std::string& node, Known& ent
     if (!entry.capabilities) {
         return Outcome::done;
     }
-    const bool wheelRole = sessionActive && tapping && hasWheel(*entry.capabilities);
-    const bool keyRole =
-        sessionActive && holding && keyHoldFor(*entry.capabilities) != KeyHold::none;
+    const bool wheelRole = sessionActive && tapping && takesWheel(entry);
+    const bool keyRole = sessionActive && holding && takesKeys(entry);
     if (!entry.routed) {
         if (!wheelRole && !keyRole) {
             return Outcome::done;
@@ -23,95 +22,30 @@ InputRouter::Outcome InputRouter::applyRoles(const std::string& node, Known& ent
         if (!device) {
             return Outcome::failed;
         }
-        entry.routed = std::make_unique<RoutedDevice>(node, std::move(device));
+        entry.routed = std::make_unique<RoutedDevice>(
+            node, std::move(device), loop, watchdog,
+            [this](RoutedDevice& readable) { onReadable(readable); });
     }
     RoutedDevice& device = *entry.routed;
     device.wheelRole = wheelRole;
     device.keyRole = keyRole;
-    device.filter = wheelRole ? filter : nullptr;
-    device.filterContext = filterContext;
-    const Outcome outcome = settle(device);
-    if (outcome != Outcome::done || !device.wantsGrab()) {
-        letGo(device);
-        entry.routed.reset();
-    }
-    return outcome;
-}
-
-InputRouter::Outcome InputRouter::settle(RoutedDevice& device) {
-    if (!device.wantsGrab()) {
-        return Outcome::done;
-    }
-    const bool needsClone = device.wantsClone() && !device.clone;
-    if (needsClone) {
+    device.frames.dropKeys = keyRole;
+    device.frames.filter = wheelRole ? filter : nullptr;
+    device.frames.filterContext = filterContext;
+    Outcome outcome = Outcome::done;
+    if (device.wantsClone() && !device.clone) {
         device.clone = UinputClone::create(device.evdev().evdev(), root + "/uinput");
-        if (!device.clone) {
-            return Outcome::failed;
-        }
-        cloneNodes.insert(device.clone->nodeName());
-    } else if (!device.wantsClone() && device.clone) {
-        dropClone(device);
+        outcome = device.clone ? Outcome::done : Outcome::failed;
     }
-    if (device.grabbed) {
-        if (device.keyRole && device.clone) {
-            device.clone->releaseKeysDown(device.evdev().evdev(), &isSwallowedKey);
-        }
-        return Outcome::done;
+    if (outcome == Outcome::done && !device.settle()) {
+        outcome = Outcome::refused;
     }
-    if (device.evdev().anyKeyDown()) {
-        takeWhenIdle(device);
-        return Outcome::done;
-    }
-    if (!device.evdev().grab()) {
-        dropClone(device);
-        return Outcome::refused;
-    }
-    if (device.evdev().anyKeyDown()) {
-        // A press slipped in between the check and the grab: give it back and wait.
-        device.evdev().ungrab();
-        takeWhenIdle(device);
-        return Outcome::done;
-    }
-    device.grabbed = true;
-    device.waitingForIdle = false;
-    watchdog.track(device.evdev().fd());
-    watch(device);
-    return Outcome::done;
-}
-
-void InputRouter::takeWhenIdle(RoutedDevice& device) {
-    device.waitingForIdle = true;
-    watch(device);
-}
-
-void InputRouter::letGo(RoutedDevice& device) {
-    const int fd = device.evdev().fd();
-    if (device.watched) {
-        loop.unwatch(fd);
-        device.watched = false;
-    }
-    if (device.grabbed) {
-        watchdog.untrack(fd);
-        device.evdev().ungrab();
-        device.grabbed = false;
-    }
-    device.waitingForIdle = false;
-    dropClone(device);
-}
-
-void InputRouter::dropClone(RoutedDevice& device) {
-    if (device.clone) {
-        cloneNodes.erase(device.clone->nodeName());
+    if (outcome != Outcome::done || !device.wantsGrab()) {
+        entry.routed.reset();
+    } else if (!device.wantsClone()) {
         device.clone.reset();
     }
-}
-
-void InputRouter::watch(RoutedDevice& device) {
-    if (device.watched) {
-        return;
-    }
-    device.watched = true;
-    loop.watchReadable(device.evdev().fd(), [this, &device] { onReadable(device); });
+    return outcome;
 }
 
 void InputRouter::onReadable(RoutedDevice& device) {
@@ -121,20 +55,12 @@ void InputRouter::onReadable(RoutedDevice& device) {
         return;
     }
     watchdog.noteRead();
+    // A copy, not a reference: dropping the device destroys the name with it.
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
+    const std::string node = device.node();
     if (device.readPendingEvents() == RoutedDevice::ReadResult::vanished) {
-        // A copy, not a reference: nodeVanished() destroys `device` and the name with it.
-        // NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
-        const std::string node = device.node();
         nodeVanished(node);
-        return;
-    }
-    if (!device.waitingForIdle || device.evdev().anyKeyDown()) {
-        return;
-    }
-    device.waitingForIdle = false;
-    if (settle(device) != Outcome::done) {
-        const std::string node = device.node();
-        letGo(device);
+    } else if (device.state() == GrabState::waiting && !device.settle()) {
         known[node].routed.reset(); // destroys `device`
     }
 }
@@ -144,12 +70,11 @@ void InputRouter::recoverFromStall(const std::vector<int>& released) {
     // them back, each once nothing on it is down. What came in meanwhile reached the desktop.
     for (auto& [node, entry] : known) {
         RoutedDevice* device = entry.routed.get();
-        if (!device || !device->grabbed ||
-            std::find(released.begin(), released.end(), device->evdev().fd()) == released.end()) {
-            continue;
+        if (device &&
+            std::find(released.begin(), released.end(), device->evdev().fd()) != released.end()) {
+            device->watchdogReleased();
+            applyRoles(node, entry);
         }
-        device->grabbed = false;
-        applyRoles(node, entry);
     }
 }
 

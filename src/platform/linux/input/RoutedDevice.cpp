@@ -13,9 +13,59 @@
 
 namespace tolvane::oslinux {
 
-RoutedDevice::RoutedDevice(std::string node, std::unique_ptr<EvdevDevice> device)
-    : nodeName(std::move(node)), device(std::move(device)),
-      wheel(hasWheel(this->device->capabilities())) {}
+RoutedDevice::RoutedDevice(std::string node, std::unique_ptr<EvdevDevice> device, EventLoop& loop,
+                           GrabWatchdog& watchdog, std::function<void(RoutedDevice&)> onReadable)
+    : nodeName(std::move(node)), device(std::move(device)), loop(loop), watchdog(watchdog),
+      onReadable(std::move(onReadable)) {}
+
+RoutedDevice::~RoutedDevice() {
+    step(GrabEvent::unwanted);
+}
+
+bool RoutedDevice::settle() {
+    if (!wantsGrab()) {
+        step(GrabEvent::unwanted);
+        return true;
+    }
+    if (grabState == GrabState::grabbed) {
+        if (keyRole && clone) {
+            clone->releaseKeysDown(device->evdev(), &isSwallowedKey);
+        }
+        return true;
+    }
+    // The hold takes a keyboard at once, its keys down released for every reader first; where
+    // the node cannot be written to, it waits until they are up.
+    const bool down = device->anyKeyDown() && !(keyRole && device->releaseKeysDown());
+    step(down ? GrabEvent::wantedKeyDown : GrabEvent::wantedIdle);
+    return grabState != GrabState::loose;
+}
+
+void RoutedDevice::step(GrabEvent event) {
+    const GrabStep next = grabStep(grabState, event);
+    grabState = next.next;
+    const int fd = device->fd();
+    if (next.actions & grabUntrack) {
+        watchdog.untrack(fd);
+    }
+    if (next.actions & grabUngrab) {
+        device->ungrab();
+    }
+    if (next.actions & grabUnwatch) {
+        loop.unwatch(fd);
+    }
+    if (next.actions & grabTryGrab) {
+        // A press may slip in between the first look and the grab: look again after it.
+        step(!device->grab()        ? GrabEvent::grabRefused
+             : device->anyKeyDown() ? GrabEvent::grabbedKeyDown
+                                    : GrabEvent::grabbedIdle);
+    }
+    if (next.actions & grabWatch) {
+        loop.watchReadable(fd, [this] { onReadable(*this); });
+    }
+    if (next.actions & grabTrack) {
+        watchdog.track(fd);
+    }
+}
 
 RoutedDevice::ReadResult RoutedDevice::readPendingEvents() {
     libevdev* dev = device->evdev();
@@ -29,7 +79,7 @@ RoutedDevice::ReadResult RoutedDevice::readPendingEvents() {
             take(event);
         } else if (rc == LIBEVDEV_READ_STATUS_SYNC) {
             if (flags == normal) {
-                count = 0; // the SYN_DROPPED itself: the frame under way is incomplete
+                frames.dropped(); // the SYN_DROPPED itself
                 flags = resync;
             } else {
                 take(event);
@@ -39,9 +89,7 @@ RoutedDevice::ReadResult RoutedDevice::readPendingEvents() {
                 return ReadResult::drained;
             }
             flags = normal;
-            if (count > 0) {
-                take(input_event{{}, EV_SYN, SYN_REPORT, 0});
-            }
+            send(frames.resynced());
         } else {
             return ReadResult::vanished;
         }
@@ -49,28 +97,14 @@ RoutedDevice::ReadResult RoutedDevice::readPendingEvents() {
 }
 
 void RoutedDevice::take(const input_event& event) {
-    if (!grabbed) {
-        return; // not taken: every other reader gets the event anyway
-    }
-    frame[count++] = InputEvent{event.type, event.code, event.value};
-    if ((event.type == EV_SYN && event.code == SYN_REPORT) || count == frame.size()) {
-        flushFrame();
+    if (grabState == GrabState::grabbed) { // not taken: every other reader gets the event anyway
+        send(frames.take({event.type, event.code, event.value}));
     }
 }
 
-void RoutedDevice::flushFrame() {
-    std::size_t n = count;
-    count = 0;
-    if (keyRole) {
-        n = dropSwallowedKeys(frame.data(), n);
-    }
-    if (filter && wheel) {
-        filter(filterContext, frame.data(), n);
-    }
-    const bool ends = n > 0 && frame[n - 1].type == EV_SYN && frame[n - 1].code == SYN_REPORT;
-    if (clone && (carriesInput(frame.data(), n) || (partialSent && ends))) {
-        clone->writeFrame(frame.data(), n);
-        partialSent = !ends;
+void RoutedDevice::send(std::span<const InputEvent> frame) {
+    if (clone && !frame.empty()) {
+        clone->writeFrame(frame.data(), frame.size());
     }
 }
 

@@ -1,11 +1,15 @@
 #pragma once
 
 #include "TolvaneCore/DeviceRoles.h"
+#include "TolvaneCore/FrameAssembler.h"
+#include "TolvaneCore/GrabState.h"
 #include "platform/ScrollTap.h"
 #include "platform/linux/input/EvdevDevice.h"
+#include "platform/linux/input/EventLoop.h"
+#include "platform/linux/input/GrabWatchdog.h"
 #include "platform/linux/input/UinputClone.h"
 
-#include <array>
+#include <functional>
 #include <memory>
 
 namespace tolvane::oslinux {
@@ -13,30 +17,38 @@ namespace tolvane::oslinux {
 // One opened device and what the program does with it: taken for its wheel (every frame goes
 // on to its clone through the wheel filter), taken for its keys (keys are dropped, the rest
 // goes on to its clone when it has one), or only watched until no key is down so it can be
-// taken without leaving a key pressed.
+// taken without leaving a key pressed. Its grab follows grabStep(); the owner sets the roles
+// and the clone, then calls settle().
 class RoutedDevice {
 public:
-    RoutedDevice(std::string node, std::unique_ptr<EvdevDevice> device);
+    RoutedDevice(std::string node, std::unique_ptr<EvdevDevice> device, EventLoop& loop,
+                 GrabWatchdog& watchdog, std::function<void(RoutedDevice&)> onReadable);
+    ~RoutedDevice();
+
+    RoutedDevice(const RoutedDevice&) = delete;
+    RoutedDevice& operator=(const RoutedDevice&) = delete;
 
     enum class ReadResult { drained, vanished };
 
     // Reads everything pending and routes it frame by frame. No allocation, no logging.
     ReadResult readPendingEvents();
 
+    // Brings the grab in line with the roles. False when they want the device and another
+    // program holds it; it is then loose.
+    bool settle();
+    // The watchdog let go of the grab; settle() takes it again.
+    void watchdogReleased() { step(GrabEvent::watchdogRelease); }
+
     const std::string& node() const { return nodeName; }
     EvdevDevice& evdev() { return *device; }
     const DeviceCapabilities& capabilities() const { return device->capabilities(); }
+    GrabState state() const { return grabState; }
 
-    // What the roles ask for, and what is in place.
+    // What the roles ask for.
     bool wheelRole = false;
     bool keyRole = false;
-    bool grabbed = false;
-    bool waitingForIdle = false;
-    bool watched = false;
     std::unique_ptr<UinputClone> clone;
-
-    platform::WheelEventFilter filter = nullptr;
-    void* filterContext = nullptr;
+    FrameAssembler frames; // its held keys and its wheel filter follow the roles
 
     bool wantsGrab() const { return wheelRole || keyRole; }
     bool wantsClone() const {
@@ -44,15 +56,16 @@ public:
     }
 
 private:
+    void step(GrabEvent event);
     void take(const input_event& event);
-    void flushFrame();
+    void send(std::span<const InputEvent> frame);
 
     std::string nodeName;
     std::unique_ptr<EvdevDevice> device;
-    bool wheel;
-    std::array<InputEvent, UinputClone::frameCapacity> frame{};
-    std::size_t count = 0;
-    bool partialSent = false; // a frame too long for the buffer went out without its end
+    EventLoop& loop;
+    GrabWatchdog& watchdog;
+    std::function<void(RoutedDevice&)> onReadable;
+    GrabState grabState = GrabState::loose;
 };
 
 } // namespace tolvane::oslinux

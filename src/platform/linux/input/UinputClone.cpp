@@ -1,12 +1,17 @@
-// Clones are uinput devices created from the original's libevdev description. The thing easy
+// Clones are uinput devices created from the original's libevdev description. The things easy
 // to get wrong: a clone that keeps EV_REP makes the kernel auto-repeat its keys on top of the
-// repeats already coming from the original, so the clone is made without it.
+// repeats already coming from the original, so the clone is made without it; and every clone
+// carries Tolvane's mark in its phys, so that no Tolvane takes it for a real device.
 #include "platform/linux/input/UinputClone.h"
 
 #include <libevdev/libevdev-uinput.h>
 #include <libevdev/libevdev.h>
 
+#include "TolvaneCore/DeviceRoles.h"
+
 #include <fcntl.h>
+#include <linux/uinput.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 namespace tolvane::oslinux {
@@ -18,24 +23,20 @@ std::unique_ptr<UinputClone> UinputClone::create(libevdev* original,
         return nullptr;
     }
     libevdev_disable_event_type(original, EV_REP);
+    // libevdev leaves the phys out of a clone it makes, so the mark goes in by hand.
+    const char* phys = libevdev_get_phys(original);
+    ::ioctl(fd, UI_SET_PHYS, markedPhys(phys ? phys : "").c_str());
     libevdev_uinput* device = nullptr;
-    if (libevdev_uinput_create_from_device(original, fd, &device) != 0) {
+    const int rc = libevdev_uinput_create_from_device(original, fd, &device);
+    if (rc != 0) {
         ::close(fd);
         return nullptr;
     }
-    const char* devnode = libevdev_uinput_get_devnode(device);
-    const std::string path = devnode ? devnode : "";
-    const auto slash = path.rfind('/');
-    if (slash == std::string::npos || slash + 1 == path.size()) {
-        libevdev_uinput_destroy(device);
-        ::close(fd);
-        return nullptr;
-    }
-    return std::unique_ptr<UinputClone>(new UinputClone(device, fd, path.substr(slash + 1)));
+    return std::unique_ptr<UinputClone>(new UinputClone(device, fd));
 }
 
-UinputClone::UinputClone(libevdev_uinput* device, int uinputFd, std::string node)
-    : device(device), uinputFd(uinputFd), node(std::move(node)) {}
+UinputClone::UinputClone(libevdev_uinput* device, int uinputFd)
+    : device(device), uinputFd(uinputFd) {}
 
 UinputClone::~UinputClone() {
     libevdev_uinput_destroy(device);

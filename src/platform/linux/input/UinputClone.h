@@ -1,6 +1,6 @@
 #pragma once
 
-#include "TolvaneCore/InputEvent.h"
+#include "TolvaneCore/FrameAssembler.h"
 
 #include <linux/input.h>
 
@@ -18,17 +18,14 @@ namespace tolvane::oslinux {
 // and axis ranges, so the desktop treats it as the device itself.
 class UinputClone {
 public:
-    static constexpr std::size_t frameCapacity = 256;
+    static constexpr std::size_t frameCapacity = FrameAssembler::capacity;
 
-    // Absent when uinput refuses or the twin's event node cannot be named.
+    // Absent when uinput refuses.
     static std::unique_ptr<UinputClone> create(libevdev* original, const std::string& uinputPath);
     ~UinputClone();
 
     UinputClone(const UinputClone&) = delete;
     UinputClone& operator=(const UinputClone&) = delete;
-
-    // The twin's own event node, "eventN", recorded so it is never taken for a real device.
-    const std::string& nodeName() const { return node; }
 
     // Sends up to frameCapacity events in one write.
     void writeFrame(const InputEvent* events, std::size_t count);
@@ -37,11 +34,10 @@ public:
     void releaseKeysDown(const libevdev* state, bool (*which)(std::uint16_t keyCode));
 
 private:
-    UinputClone(libevdev_uinput* device, int uinputFd, std::string node);
+    UinputClone(libevdev_uinput* device, int uinputFd);
 
     libevdev_uinput* device;
     int uinputFd;
-    std::string node;
     std::array<input_event, frameCapacity> out{};
 };
 

@@ -1,0 +1,323 @@
+#include "TolvaneCore/ExternalMouse.h"
+#include "TolvaneCore/WheelEvents.h"
+#include "kernel/GuestFixture.h"
+
+#include <gtest/gtest.h>
+
+namespace tolvane::kerneltest {
+namespace {
+
+using Events = std::vector<InputEvent>;
+using namespace std::chrono_literals;
+
+// The application's filter in small: negate the wheel axes while inverting.
+bool inverting = true;
+void invert(void*, InputEvent* events, std::size_t count) {
+    if (inverting) {
+        negateWheelAxes(events, count);
+    }
+}
+
+constexpr InputEvent rel(std::uint16_t code, int value) {
+    return {EV_REL, code, value};
+}
+constexpr InputEvent key(std::uint16_t code) {
+    return {EV_KEY, code, 1};
+}
+
+// One kind of device: what the pointer monitor calls it, one frame it sends, and what another
+// reader (the desktop) sees of that frame through the clone if the device has one, else on the
+// device itself: with the scroll tap inverting, and with the keyboard held as well. Once the
+// hold ends and the inversion stops, the desktop sees the frame as it was sent.
+struct Row {
+    DeviceRecipe recipe;
+    const char* pointer; // "", "external" or "built-in"
+    Events frame, inverted, held;
+};
+
+const std::vector<Row>& rows() {
+    const Events mouse{rel(REL_X, 5),
+                       rel(REL_WHEEL, 1),
+                       rel(REL_WHEEL_HI_RES, 120),
+                       rel(REL_HWHEEL, -2),
+                       rel(REL_HWHEEL_HI_RES, -240),
+                       key(BTN_LEFT)};
+    const Events inverted{
+        rel(REL_X, 5),      rel(REL_WHEEL, -1),          rel(REL_WHEEL_HI_RES, -120),
+        rel(REL_HWHEEL, 2), rel(REL_HWHEEL_HI_RES, 240), key(BTN_LEFT)};
+    const Events trackpoint{rel(REL_X, 4), key(BTN_RIGHT)};
+    const Events typing{key(KEY_LEFTSHIFT), key(KEY_A), key(KEY_POWER)};
+    const Events touchAndKey{{EV_ABS, ABS_X, 100}, key(BTN_TOUCH), key(KEY_K)};
+    const Events lid{{EV_SW, SW_LID, 1}};
+    DeviceRecipe touchpadKeyboard = usbKeyboard("Tolvane Test Keyboard with Touchpad");
+    touchpadKeyboard.keys.insert(touchpadKeyboard.keys.end(),
+                                 {BTN_LEFT, BTN_TOOL_FINGER, BTN_TOUCH});
+    touchpadKeyboard.abs = {ABS_X, ABS_Y};
+    touchpadKeyboard.props = {INPUT_PROP_POINTER};
+    // clang-format off
+    static const std::vector<Row> table{
+        // device                                    pointer     frame  inverted  held
+        {usbMouse(),                                 "external", mouse, inverted, inverted},
+        {{"Tolvane Test TrackPoint", BUS_I8042, {REL_X, REL_Y}, {BTN_LEFT, BTN_RIGHT}},
+                                                     "built-in", trackpoint, trackpoint, trackpoint},
+        {usbKeyboard(),                              "",         typing, typing,  {key(KEY_POWER)}},
+        {consumerControl(),                          "",         {key(KEY_VOLUMEUP), rel(REL_HWHEEL, 2)},
+                                                                 {key(KEY_VOLUMEUP), rel(REL_HWHEEL, -2)},
+                                                                          {rel(REL_HWHEEL, -2)}},
+        {{"Tolvane Test Power Button", BUS_HOST, {}, {KEY_POWER}},
+                                                     "",  {key(KEY_POWER)}, {key(KEY_POWER)}, {key(KEY_POWER)}},
+        {{"Tolvane Test Lid Switch", BUS_HOST, {}, {}, {}, {SW_LID}}, "", lid, lid, lid},
+        {touchpadKeyboard, "", touchAndKey, touchAndKey, {{EV_ABS, ABS_X, 100}, key(BTN_TOUCH)}},
+    };
+    // clang-format on
+    return table;
+}
+
+class DeviceRoles : public GuestFixture {
+protected:
+    // Sends the row's frame and checks what the desktop sees, then puts keys, switches and
+    // axes back to zero so that the next frame is not dropped as a repeat by the input core.
+    void expectDesktopSees(const Row& row, VirtualDevice& device, const Events& expected,
+                           const char* phase) {
+        SCOPED_TRACE(row.recipe.name + ", " + phase);
+        const auto clones = nodesNamed(row.recipe.name, {device.path()});
+        ASSERT_LE(clones.size(), 1u) << "a clone of a clone";
+        NodeReader desktop(clones.empty() ? device.path() : clones[0]), original(device.path());
+        EXPECT_FALSE(!clones.empty() && desktop.hasType(EV_REP)) << "the clone repeats keys itself";
+        device.frame(row.frame);
+        loop.settle();
+        EXPECT_EQ(withoutSync(desktop.readAll()), expected);
+        EXPECT_TRUE(clones.empty() || original.readAll().empty()) << "the cloned device leaked";
+        Events back;
+        for (InputEvent e : row.frame) {
+            if (e.type != EV_REL) {
+                back.push_back({e.type, e.code, 0});
+            }
+        }
+        device.frame(back);
+        loop.settle();
+    }
+};
+
+TEST_F(DeviceRoles, EachKindOfDeviceIsReportedInvertedAndHeldByWhatItCanSend) {
+    std::vector<std::unique_ptr<VirtualDevice>> devices;
+    for (const Row& row : rows()) {
+        devices.push_back(VirtualDevice::plug(row.recipe));
+        ASSERT_TRUE(devices.back());
+    }
+    start();
+    const auto current = layer->current();
+    for (std::size_t i = 0; i < rows().size(); ++i) {
+        std::string seen;
+        for (const auto& pointer : current) {
+            if (pointer.id == devices[i]->path()) {
+                seen = pointer.properties.builtIn == 1       ? "built-in"
+                       : isExternalMouse(pointer.properties) ? "external"
+                                                             : "other pointer";
+                EXPECT_EQ(pointer.properties.product, rows()[i].recipe.name);
+            }
+        }
+        EXPECT_EQ(seen, rows()[i].pointer) << rows()[i].recipe.name;
+    }
+
+    inverting = true;
+    ASSERT_TRUE(layer->create(&invert, nullptr));
+    for (std::size_t i = 0; i < rows().size(); ++i) {
+        expectDesktopSees(rows()[i], *devices[i], rows()[i].inverted, "inverting");
+    }
+    ASSERT_TRUE(layer->grab());
+    for (std::size_t i = 0; i < rows().size(); ++i) {
+        expectDesktopSees(rows()[i], *devices[i], rows()[i].held, "held");
+    }
+    layer->release();
+    inverting = false;
+    ASSERT_TRUE(loop.turnUntil([&] { return nodesNamed(rows()[2].recipe.name).size() == 1; }))
+        << "the clone made for the hold outlived it";
+    for (std::size_t i = 0; i < rows().size(); ++i) {
+        expectDesktopSees(rows()[i], *devices[i], rows()[i].frame, "released, not inverting");
+    }
+}
+
+// Every way the tap or the hold can be refused, and that a refusal leaves nothing taken. A
+// keyboard another program holds is left to it, and the hold takes the other one.
+TEST_F(DeviceRoles, ARefusedTapOrHoldLeavesNothingTaken) {
+    struct Case {
+        const char* what;
+        bool uinput, bogusNode, otherHoldsKeyboard, otherHoldsMouse, tapMade, holdTaken;
+    };
+    const Case cases[] = {
+        {"every device usable", true, false, false, false, true, true},
+        {"no uinput: no clone for the power key", false, false, false, false, false, false},
+        {"a node that is no event device", true, true, false, false, false, false},
+        {"another program holds one keyboard", true, false, true, false, true, true},
+        {"another program holds the mouse", true, false, false, true, true, true},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        auto mouse = VirtualDevice::plug(usbMouse());
+        auto keyboard = VirtualDevice::plug(usbKeyboard());
+        auto second = VirtualDevice::plug(usbKeyboard("Tolvane Test Second Keyboard"));
+        FakeDeviceRoot root;
+        for (const auto* device : {mouse.get(), keyboard.get(), second.get()}) {
+            root.linkNode(device->node(), device->path());
+        }
+        if (c.uinput) {
+            root.linkUinput();
+        }
+        if (c.bogusNode) {
+            root.linkNode("event999", "");
+        }
+        NodeReader otherMouse(mouse->path()), otherKeyboard(keyboard->path());
+        ASSERT_TRUE((!c.otherHoldsMouse || otherMouse.grab()) &&
+                    (!c.otherHoldsKeyboard || otherKeyboard.grab()));
+        start(root.path());
+        NodeReader mouseFree(mouse->path()), keyboardFree(keyboard->path()), free(second->path());
+        EXPECT_EQ(layer->create(&invert, nullptr), c.tapMade);
+        EXPECT_TRUE(c.otherHoldsMouse || mouseFree.tryGrab() != c.tapMade) << "the mouse";
+        EXPECT_EQ(layer->grab(), c.holdTaken);
+        EXPECT_TRUE(c.otherHoldsKeyboard || keyboardFree.tryGrab() != c.holdTaken) << "keyboard";
+        EXPECT_NE(free.tryGrab(), c.holdTaken) << "the keyboard nobody else holds";
+        layer.reset();
+    }
+}
+
+// Devices that come, go or change while the tap and the hold run.
+class DevicesOverTime : public GuestFixture {
+protected:
+    void SetUp() override { inverting = true; }
+    void openMonitor() {
+        layer->open({[this](const platform::PointerDevice& d) { added.push_back(d); },
+                     [this](const platform::PointerDevice& d) { removed.push_back(d); }});
+    }
+    // The one clone of `device`, named as it is.
+    static std::string cloneOf(const VirtualDevice& device, const std::string& name) {
+        const auto clones = nodesNamed(name, {device.path()});
+        EXPECT_EQ(clones.size(), 1u) << name;
+        return clones.empty() ? "" : clones[0];
+    }
+
+    std::vector<platform::PointerDevice> added, removed;
+};
+
+TEST_F(DevicesOverTime, AMouseAndAKeyboardPluggedInLaterAreTakenAndTheirUnplugDropsThem) {
+    auto first = VirtualDevice::plug(usbMouse("Tolvane Test First Mouse"));
+    start();
+    openMonitor();
+    ASSERT_TRUE(layer->create(&invert, nullptr));
+    ASSERT_TRUE(layer->grab());
+    loop.settle(); // the clone's own arrival is seen here
+    EXPECT_TRUE(added.empty()) << "a clone or a device present at open() came as an arrival";
+    NodeReader firstClone(cloneOf(*first, "Tolvane Test First Mouse"));
+    EXPECT_TRUE(firstClone.tryGrab()) << "the clone was grabbed";
+    EXPECT_EQ(layer->current().size(), 1u);
+
+    auto later = VirtualDevice::plug(usbMouse("Tolvane Test Later Mouse"));
+    auto keyboard = VirtualDevice::plug(usbKeyboard("Tolvane Test Late Keyboard"));
+    NodeReader keys(keyboard->path());
+    ASSERT_TRUE(loop.turnUntil([&] { return added.size() == 1 && !keys.tryGrab(); }))
+        << "the later mouse was not reported or the later keyboard not taken";
+    EXPECT_EQ(added[0].id, later->path());
+    EXPECT_TRUE(isExternalMouse(added[0].properties));
+    keys.readAll();
+    keyboard->tap(KEY_Q);
+    NodeReader laterClone(cloneOf(*later, "Tolvane Test Later Mouse"));
+    later->frame({{EV_REL, REL_WHEEL, 3}});
+    loop.settle();
+    EXPECT_TRUE(keys.readAll().empty());
+    EXPECT_EQ(withoutSync(laterClone.readAll()), (Events{{EV_REL, REL_WHEEL, -3}}));
+
+    const std::string laterPath = later->path();
+    later.reset();
+    ASSERT_TRUE(loop.turnUntil([&] { return removed.size() == 1; }));
+    EXPECT_EQ(removed[0].id, laterPath);
+    EXPECT_TRUE(loop.turnUntil([] { return nodesNamed("Tolvane Test Later Mouse").empty(); }))
+        << "the clone outlived its device";
+}
+
+// Two input layers (two users, or a second instance) on one machine.
+TEST_F(DevicesOverTime, TwoLayersNeverTakeEachOthersClonesAndNegateTheWheelOnce) {
+    auto mouse = VirtualDevice::plug(usbMouse());
+    start();
+    oslinux::InputRouter second(loop);
+    ASSERT_TRUE(layer->create(&invert, nullptr) && second.create(&invert, nullptr));
+    loop.turnUntil([] { return false; }, 300ms);
+    NodeReader desktop(cloneOf(*mouse, usbMouse().name));
+    mouse->frame({{EV_REL, REL_WHEEL, 2}});
+    loop.settle();
+    EXPECT_EQ(withoutSync(desktop.readAll()), (Events{{EV_REL, REL_WHEEL, -2}}));
+}
+
+TEST_F(DevicesOverTime, ANodeThatBecomesReadableOnlyLaterIsTakenAndReportedThen) {
+    auto mouse = VirtualDevice::plug(usbMouse());
+    FakeDeviceRoot root;
+    root.linkUinput();
+    root.linkNode("event50", ""); // there, but not yet an event device one can read
+    start(root.path());
+    openMonitor();
+    EXPECT_FALSE(layer->create(&invert, nullptr));
+    root.replaceNode("event50", mouse->path()); // as when udev has fixed its permissions
+    ASSERT_TRUE(loop.turnUntil([&] { return added.size() == 1; }));
+    EXPECT_EQ(added[0].id, root.path() + "/input/event50");
+    EXPECT_TRUE(layer->create(&invert, nullptr));
+    EXPECT_FALSE(NodeReader(mouse->path()).tryGrab()) << "the mouse was not taken";
+}
+
+// Keys down when the hold begins: the keyboard is taken at once, the desktop sees the keys
+// released and never repeated.
+TEST_F(DevicesOverTime, KeysDownWhenTheHoldBeginsAreReleasedAndTheKeyboardTakenAtOnce) {
+    auto keyboard = VirtualDevice::plug(usbKeyboard());
+    auto consumer = VirtualDevice::plug(consumerControl());
+    start();
+    ASSERT_TRUE(layer->create(&invert, nullptr));
+    NodeReader desktop(keyboard->path()), clone(cloneOf(*consumer, consumerControl().name));
+    keyboard->key(KEY_A, 1);
+    consumer->key(KEY_MUTE, 1);
+    loop.settle();
+    EXPECT_EQ(withoutSync(clone.readAll()), (Events{{EV_KEY, KEY_MUTE, 1}}));
+    ASSERT_TRUE(layer->grab());
+    EXPECT_FALSE(desktop.tryGrab()) << "the keyboard stayed live while a key was down";
+    EXPECT_EQ(withoutSync(clone.readAll()), (Events{{EV_KEY, KEY_MUTE, 0}}));
+    EXPECT_EQ(withoutSync(desktop.readAll()), (Events{{EV_KEY, KEY_A, 1}, {EV_KEY, KEY_A, 0}}));
+    keyboard->key(KEY_A, 0);
+    consumer->key(KEY_MUTE, 0);
+    loop.settle();
+    EXPECT_FALSE(desktop.keyDown(KEY_A) || clone.keyDown(KEY_MUTE));
+    loop.turnUntil([] { return false; }, 600ms); // past the repeat delay
+    keyboard->tap(KEY_B);
+    loop.settle();
+    EXPECT_TRUE(desktop.readAll().empty()) << "a repeat or key reached the desktop";
+    EXPECT_TRUE(withoutSync(clone.readAll()).empty());
+}
+
+// A release lost in an overflow of the tap's queue must not leave the button down on the
+// clone, and no frame may come out of it mixed from before and after the loss.
+TEST_F(DevicesOverTime, AnOverflowLeavesNoButtonDownAndNoMixedFrame) {
+    auto mouse = VirtualDevice::plug(usbMouse());
+    start();
+    ASSERT_TRUE(layer->create(&invert, nullptr));
+    NodeReader clone(cloneOf(*mouse, usbMouse().name));
+    mouse->key(BTN_LEFT, 1);
+    loop.settle();
+    ASSERT_TRUE(clone.keyDown(BTN_LEFT));
+    mouse->key(BTN_LEFT, 0); // the release and a flood behind it, while the loop stands still
+    for (int i = 0; i < 3000; ++i) {
+        mouse->frame({{EV_REL, REL_X, 1 + i % 3}, {EV_REL, REL_Y, 1 + i % 3}});
+    }
+    loop.settle();
+    std::size_t motions = 0;
+    Events frame;
+    for (const InputEvent& e : clone.readAll()) {
+        if (e.type == EV_SYN) {
+            EXPECT_TRUE(frame.size() != 2 || frame[0].value == frame[1].value) << "mixed frame";
+            frame.clear();
+        } else if (e.type == EV_REL) {
+            frame.push_back(e);
+            motions += e.code == REL_X;
+        }
+    }
+    EXPECT_FALSE(clone.keyDown(BTN_LEFT)) << "the button stayed down on the clone";
+    EXPECT_LT(motions, 3000u) << "no overflow happened, the case proves nothing";
+}
+
+} // namespace
+} // namespace tolvane::kerneltest
