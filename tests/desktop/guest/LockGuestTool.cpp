@@ -60,7 +60,7 @@ int runKeyboard(const char* fifoPath) {
                 keyboard->tap(letters[i % 6]);
             }
             ::usleep(settleMs * 1000);
-            std::printf("typed %d seen %d\n", count, countKeys(reader.readWithin(settleMs)));
+            std::printf("typed %d seen %d\n", count, countKeys(reader.readAll(settleMs)));
             std::fflush(stdout);
         } else if (std::string(line).rfind("quit", 0) == 0) {
             break;
