@@ -88,11 +88,16 @@ in_root --install "$deb"
 dpkg --root="$root" --listfiles tolvane >"$work/packaged"
 [[ ! -e $rule ]] || fail "installing wrote the udev rule; only the helper may"
 
-# A log line of an earlier launch, which the session must append to.
+# A log line of an earlier launch, which the session must append to, and a symlink at the
+# rule's path, which the helper, run as root, must replace and not write through.
 mkdir -p "$(dirname "${user_files[1]}")"
 echo "an earlier launch" >"${user_files[1]}"
+echo target >"$work/target"
+ln -s "$work/target" "$rule"
 "$here/installed-view.sh" "$root" "$0" --session "$work/session" "$work/packaged"
-[[ -s $rule && -s $modules ]] || fail "the helper's files did not reach the root's /etc"
+[[ -f $rule && ! -L $rule && -s $modules ]] || fail "the helper's files did not reach the root's /etc"
+[[ $(cat "$work/target") == target ]] || fail "the helper wrote through a symlink"
+[[ $(stat -c %a "$rule") == 644 ]] || fail "the rule's mode is $(stat -c %a "$rule"), not 644"
 for file in "${user_files[@]}"; do
     [[ -s $file ]] || fail "the session left no $file"
 done
