@@ -68,7 +68,6 @@ overlays() {
         sort -n
 }
 two_overlays() { [ "$(overlays | tr '\n' ' ')" = "0 0 $width $height $width 0 $width $height " ]; }
-no_overlay() { [ -z "$(overlays)" ]; }
 
 in_log() { grep -q "$1" "$log"; }
 key_presses() { grep -c '^KeyPress event' /tmp/xev.log; }
@@ -132,7 +131,7 @@ two_overlays || fail "the overlays changed while typing: $(overlays | tr '\n' ' 
 step "click Unlock keyboard on the right monitor"
 click_cyan "unlock button on the right monitor" $width $((height / 2 + 50)) $width $((height / 2 - 50))
 wait_for "the log line of the unlock" in_log "keyboard lock: unlocked"
-wait_for "both overlays to go" no_overlay
+wait_for "both overlays to go" eval '[ -z "$(overlays)" ]'
 
 step "type after the unlock"
 presses=$(key_presses)

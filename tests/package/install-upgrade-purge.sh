@@ -30,8 +30,9 @@ if [[ $1 == --session ]]; then
     autostart=$XDG_CONFIG_HOME/autostart/tolvane.desktop
     is_packaged() { grep -qx -- "$1" "$packaged"; }
 
-    tolvane=$(exec_program "$(desktop_value /usr/share/applications/tolvane.desktop Exec)")
-    is_packaged "$tolvane" || fail "the entry starts $tolvane, which the package does not hold"
+    # Exec is one packaged path and nothing else: the only form Tolvane's entries need.
+    tolvane=$(desktop_value /usr/share/applications/tolvane.desktop Exec)
+    is_packaged "$tolvane" || fail "the entry's Exec is '$tolvane', not a program of the package"
     start_trayer
     alert_key=Return start_tolvane # Open Help
 
