@@ -37,7 +37,7 @@ if [[ "${TOLVANE_INSIDE_SESSION:-}" != 1 ]]; then
     work=$(mktemp -d /tmp/tolvane-desktops.XXXXXX)
     status=0
     run_in_session "$0" "$@" || status=$?
-    rm -rf "$work"
+    rm -rf "$work" || true # a late client of the bus may still be making runtime/pulse
     exit $status
 fi
 enter_session
