@@ -1,9 +1,9 @@
 #!/bin/sh
 # The keyboard cleaning lock, end to end, inside the test kernel: Xvfb with two monitors and
-# no tray, so that Tolvane's menu comes as its window, a virtual USB keyboard made through
-# uinput, xev as an ordinary window that should get the typing, and the real tolvane binary,
-# started as root so that it may use the input devices. Run by the guest's /init; run-lock-session.sh boots it
-# and checks the screenshots it sends.
+# no tray, so that Tolvane's menu comes as its window, xev as an ordinary window that should
+# get the typing, and the real tolvane binary, started as root so that it may use the input
+# devices. (That the held keyboard's events reach no other reader, the kernel tier shows.) Run
+# by the guest's /init; run-lock-session.sh boots it and checks the screenshot it sends.
 #
 # Lines for the host: "TOLVANE-STEP ...", "TOLVANE-FAIL: why", and screen dumps between
 # "TOLVANE-SHOT NAME" and "TOLVANE-SHOT-END", gzipped and in base64.
@@ -61,7 +61,6 @@ menu_window() {
     tolvane_windows | awk -v w=$width -v h=$height '$4 >= 300 && $5 >= 200 && ($4 != w || $5 != h) {
         print; found = 1; exit} END {exit !found}'
 }
-menu_closed() { ! menu_window; }
 
 # The overlays, one line each, as "X Y WIDTH HEIGHT", sorted from left to right.
 overlays() {
@@ -69,36 +68,21 @@ overlays() {
         sort -n
 }
 two_overlays() { [ "$(overlays | tr '\n' ' ')" = "0 0 $width $height $width 0 $width $height " ]; }
-no_overlay() { [ -z "$(overlays)" ]; }
 
 in_log() { grep -q "$1" "$log"; }
 key_presses() { grep -c '^KeyPress event' /tmp/xev.log; }
-
-# type_on_keyboard N: taps N keys on the virtual keyboard; prints what its plain reader saw.
-type_on_keyboard() {
-    before=$(grep -c '^typed' /tmp/keyboard.out)
-    echo "type $1" >/tmp/keys
-    wait_for "the virtual keyboard's report" \
-        sh -c "[ \$(grep -c '^typed' /tmp/keyboard.out) -gt $before ]"
-    grep '^typed' /tmp/keyboard.out | tail -n 1 | awk '{print $4}'
-}
 
 # click_cyan WHAT X Y WIDTH HEIGHT: a click in the middle of the cyan (the Clean Keyboard
 # row's disc, the unlock button) inside the rectangle of the screen.
 click_cyan() {
     what=$1
     shift
-    set -- $(tolvane-lock-guest find "$fb" 22c1ee 24 "$@")
+    set -- $(tolvane-lock-guest "$fb" 22c1ee 24 "$@")
     [ "${1:-0}" -ge 20 ] || fail "no $what ($*)"
     xdotool mousemove $((($2 + $4) / 2)) $((($3 + $5) / 2))
     sleep 0.3
     xdotool click 1
 }
-
-step "a virtual USB keyboard"
-mkfifo /tmp/keys
-tolvane-lock-guest keyboard /tmp/keys >/tmp/keyboard.out 2>&1 &
-wait_for "the keyboard's node" grep -q '^keyboard /dev/input/event' /tmp/keyboard.out
 
 step "Xvfb with two monitors side by side"
 Xvfb :0 -screen 0 $((2 * width))x${height}x24 -wr -noreset -nolisten tcp -extension GLX \
@@ -117,8 +101,6 @@ xev -geometry 240x120+40+440 >/tmp/xev.log 2>&1 &
 wait_for "xev's window" xdotool search --name '^Event Tester$'
 xev_window=$(xdotool search --name '^Event Tester$' | head -n 1)
 xdotool windowfocus --sync "$xev_window"
-xdotool type --delay 50 ab
-wait_for "xev's first key presses" sh -c '[ $(grep -c "^KeyPress event" /tmp/xev.log) -ge 2 ]'
 
 step "start tolvane; with no tray, its menu comes as a window on the left monitor"
 xdotool mousemove 200 100
@@ -129,10 +111,9 @@ in_log "tap creation failed" && fail "tolvane could not take the input devices"
 
 step "choose Clean Keyboard"
 sleep 1
-shot menu
 set -- $(menu_window)
 click_cyan "Clean Keyboard row with its cyan disc in the menu" "$2" "$3" "$4" "$5"
-wait_for "the window to close" menu_closed
+wait_for "the window to close" eval '! menu_window'
 wait_for "the log line of the lock" in_log "keyboard lock: locked"
 wait_for "an overlay on each monitor" two_overlays
 sleep 1.5
@@ -142,9 +123,7 @@ step "type while locked"
 presses=$(key_presses)
 xdotool type --delay 50 secret
 xdotool key ctrl+q
-seen=$(type_on_keyboard 6)
 sleep 0.5
-[ "$seen" = 0 ] || fail "a plain reader of the keyboard saw $seen key events while locked"
 [ "$(key_presses)" = "$presses" ] || fail "xev got $(($(key_presses) - presses)) key presses while locked"
 kill -0 "$tolvane_pid" || fail "tolvane ended while locked"
 two_overlays || fail "the overlays changed while typing: $(overlays | tr '\n' ' ')"
@@ -152,13 +131,9 @@ two_overlays || fail "the overlays changed while typing: $(overlays | tr '\n' ' 
 step "click Unlock keyboard on the right monitor"
 click_cyan "unlock button on the right monitor" $width $((height / 2 + 50)) $width $((height / 2 - 50))
 wait_for "the log line of the unlock" in_log "keyboard lock: unlocked"
-wait_for "both overlays to go" no_overlay
-sleep 0.5
-shot unlocked
+wait_for "both overlays to go" eval '[ -z "$(overlays)" ]'
 
 step "type after the unlock"
-seen=$(type_on_keyboard 6)
-[ "$seen" = 12 ] || fail "a plain reader saw $seen key events after the unlock, not 12"
 presses=$(key_presses)
 xdotool windowfocus --sync "$xev_window"
 xdotool type --delay 50 abc
@@ -169,5 +144,4 @@ echo "TOLVANE-LOG-BEGIN"
 cat "$log"
 echo "TOLVANE-LOG-END"
 kill "$tolvane_pid"
-echo "quit" >/tmp/keys
 step "done"

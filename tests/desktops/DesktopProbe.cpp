@@ -3,8 +3,8 @@
 // Screenshot answers only a few bus names, so it owns org.gnome.Screenshot) and moves the
 // pointer, clicks and types through mutter's remote desktop session. One command a line on
 // its standard input; each ends with a line "ok" or "failed" on its standard output:
-//   items [LABEL]         first "item LABEL" for each enabled entry of the item's menu, top
-//                         down; with LABEL, that entry is clicked as the tray host would
+//   items [LABEL]         a tray host is there; with LABEL, that enabled entry of the last
+//                         item's menu is clicked as the host would
 //   shot FILE             the whole screen as a PNG
 //   move X Y | click BUTTON | key KEYSYM...  (keys pressed in order, released in reverse)
 #include <QCoreApplication>
@@ -88,7 +88,6 @@ bool items(const QString& choice) {
             listItems(reply.arguments().at(1).value<QDBusArgument>(), entries);
         }
         for (const auto& [id, label] : entries) {
-            answer(QStringLiteral("item ") + label);
             if (label == choice) {
                 menu.call(QStringLiteral("Event"), id, QStringLiteral("clicked"),
                           QVariant::fromValue(QDBusVariant(0)), 0u);

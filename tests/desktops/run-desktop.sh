@@ -8,8 +8,8 @@
 #
 #   run-desktop.sh DESKTOP TOLVANE PROBE SCREENSHOT_DIR
 #
-# DESKTOP is trayer (a bare XEmbed tray, no window manager), gnome-appindicator, gnome (no
-# tray), gnome-wayland, xfce or plasma; PROBE is tolvane_desktop_probe. Screenshots and logs of
+# DESKTOP is trayer (a bare XEmbed tray, no window manager), gnome (X11, no tray),
+# gnome-wayland (with the AppIndicator extension), xfce or plasma; PROBE is tolvane_desktop_probe. Screenshots and logs of
 # a failed run stay in SCREENSHOT_DIR, of every run with TOLVANE_KEEP_SCREENSHOTS=1.
 set -euo pipefail
 desktop=$1 tolvane=$2 probe=$3 shots=$4
@@ -21,7 +21,6 @@ source "$here/session-lib.sh"
 session=x11 edge=top panel_height=32 left=host right=none
 case $desktop in
 trayer) panel_height=28 left=rich right=rich ;;
-gnome-appindicator) ;;
 gnome) left=none ;;
 gnome-wayland) session=wayland ;;
 xfce) panel_height=28 left=rich right=host ;;
@@ -38,7 +37,7 @@ if [[ "${TOLVANE_INSIDE_SESSION:-}" != 1 ]]; then
     work=$(mktemp -d /tmp/tolvane-desktops.XXXXXX)
     status=0
     run_in_session "$0" "$@" || status=$?
-    rm -rf "$work"
+    rm -rf "$work" || true # a late client of the bus may still be making runtime/pulse
     exit $status
 fi
 enter_session
@@ -64,10 +63,6 @@ open_by_click() {
         wait_menu rich "Open Tolvane"
     fi
 }
-close_menu() {
-    key Escape
-    sleep 0.5
-}
 
 # spawn COMMAND...: a part of the desktop, in the background, logging to desktop.log.
 spawn() {
@@ -87,14 +82,12 @@ start_desktop() {
     case $desktop in
     trayer) start_trayer ;;
     gnome*)
-        if [[ $desktop != gnome ]]; then
-            gsettings set org.gnome.shell enabled-extensions "['ubuntu-appindicators@ubuntu.com']"
-            gsettings set org.gnome.shell disable-user-extensions false
-        fi
         export XDG_CURRENT_DESKTOP=GNOME
         if [[ $session == x11 ]]; then
             spawn gnome-shell --x11 --sm-disable
         else
+            gsettings set org.gnome.shell enabled-extensions "['ubuntu-appindicators@ubuntu.com']"
+            gsettings set org.gnome.shell disable-user-extensions false
             export WAYLAND_DISPLAY=tolvane-wayland
             spawn env LIBGL_ALWAYS_SOFTWARE=1 gnome-shell --headless --wayland --no-x11 \
                 --wayland-display "$WAYLAND_DISPLAY" --virtual-monitor "${width}x${height}"
@@ -194,14 +187,13 @@ else
     find_icon
     step "left click, twice"
     open_by_click 1 "$left" open
-    check_rich_rows
-    close_menu
+    key Escape && sleep 0.5 # closed, and its fade over
     open_by_click 1 "$left"
     choose_auto_switch "$left"
     if [[ $right != none ]]; then
         step "right click"
         open_by_click 3 "$right" open
-        close_menu
+        key Escape && sleep 0.5
     fi
 fi
 sleep 0.5

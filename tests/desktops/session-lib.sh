@@ -1,6 +1,6 @@
 # shellcheck shell=bash disable=SC2154
 # A desktop session of its own for the real tolvane binary, and the ways to drive it: used by
-# run-desktop.sh, the package tier's installed-session.sh and the idle-cost benchmark. Sourced,
+# run-desktop.sh, the package tier's install-upgrade-purge.sh and the idle-cost benchmark. Sourced,
 # not run. The caller sets `work` (an empty folder), `session` (x11 or wayland), `width` and
 # `height`, and optionally `shots` (where a failed run's screenshots and logs go), then:
 #   [[ ${TOLVANE_INSIDE_SESSION:-} == 1 ]] || { run_in_session "$0" "$@"; exit; }

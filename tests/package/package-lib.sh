@@ -25,11 +25,3 @@ desktop_value() {
             print substr($0, length(key) + 2); exit
         }' "$1"
 }
-
-# The program an Exec value starts, when it is a plain absolute path and nothing else: the
-# only form Tolvane's entries need, and the only one these checks accept.
-exec_program() {
-    [[ $1 =~ ^/[^[:space:]\"\'\\%]+$ ]] || fail "Exec is not one plain absolute path: '$1'"
-    echo "$1"
-}
-
