@@ -8,9 +8,10 @@
 #
 #   run-desktop.sh DESKTOP TOLVANE PROBE SCREENSHOT_DIR
 #
-# DESKTOP is trayer (a bare XEmbed tray, no window manager), gnome (X11, no tray),
-# gnome-wayland (with the AppIndicator extension), xfce or plasma; PROBE is tolvane_desktop_probe. Screenshots and logs of
-# a failed run stay in SCREENSHOT_DIR, of every run with TOLVANE_KEEP_SCREENSHOTS=1.
+# DESKTOP is trayer (a bare XEmbed tray, no window manager), gnome-appindicator (X11 with the
+# AppIndicator extension), gnome (X11, no tray), gnome-wayland (with the extension), xfce or
+# plasma; PROBE is tolvane_desktop_probe. Screenshots and logs of a failed run stay in
+# SCREENSHOT_DIR, of every run with TOLVANE_KEEP_SCREENSHOTS=1.
 set -euo pipefail
 desktop=$1 tolvane=$2 probe=$3 shots=$4
 here=$(cd "$(dirname "$0")" && pwd)
@@ -21,6 +22,7 @@ source "$here/session-lib.sh"
 session=x11 edge=top panel_height=32 left=host right=none
 case $desktop in
 trayer) panel_height=28 left=rich right=rich ;;
+gnome-appindicator) ;;
 gnome) left=none ;;
 gnome-wayland) session=wayland ;;
 xfce) panel_height=28 left=rich right=host ;;
@@ -83,11 +85,13 @@ start_desktop() {
     trayer) start_trayer ;;
     gnome*)
         export XDG_CURRENT_DESKTOP=GNOME
+        if [[ $desktop != gnome ]]; then
+            gsettings set org.gnome.shell enabled-extensions "['ubuntu-appindicators@ubuntu.com']"
+            gsettings set org.gnome.shell disable-user-extensions false
+        fi
         if [[ $session == x11 ]]; then
             spawn gnome-shell --x11 --sm-disable
         else
-            gsettings set org.gnome.shell enabled-extensions "['ubuntu-appindicators@ubuntu.com']"
-            gsettings set org.gnome.shell disable-user-extensions false
             export WAYLAND_DISPLAY=tolvane-wayland
             spawn env LIBGL_ALWAYS_SOFTWARE=1 gnome-shell --headless --wayland --no-x11 \
                 --wayland-display "$WAYLAND_DISPLAY" --virtual-monitor "${width}x${height}"
