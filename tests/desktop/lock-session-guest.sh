@@ -2,8 +2,8 @@
 # The keyboard cleaning lock, end to end, inside the test kernel: Xvfb with two monitors and
 # no tray, so that Tolvane's menu comes as its window, xev as an ordinary window that should
 # get the typing, and the real tolvane binary, started as root so that it may use the input
-# devices. (That the held keyboard's events reach no other reader, the kernel tier shows.) Run
-# by the guest's /init; run-lock-session.sh boots it and checks the screenshot it sends.
+# devices, and a virtual USB keyboard whose taps a plain reader of its node counts. Run by the
+# guest's /init; run-lock-session.sh boots it and checks the screenshot it sends.
 #
 # Lines for the host: "TOLVANE-STEP ...", "TOLVANE-FAIL: why", and screen dumps between
 # "TOLVANE-SHOT NAME" and "TOLVANE-SHOT-END", gzipped and in base64.
@@ -70,6 +70,13 @@ overlays() {
 two_overlays() { [ "$(overlays | tr '\n' ' ')" = "0 0 $width $height $width 0 $width $height " ]; }
 
 in_log() { grep -q "$1" "$log"; }
+# tap_keyboard: six keys tapped on the USB keyboard; prints how many a plain reader saw.
+tap_keyboard() {
+    echo >&3
+    patience=5 wait_for "the keyboard's reader" eval '[ $(grep -c "^seen" /tmp/keyboard.out) -gt ${taps:-0} ]'
+    taps=$((${taps:-0} + 1))
+    grep '^seen' /tmp/keyboard.out | tail -n 1 | cut -d' ' -f2
+}
 key_presses() { grep -c '^KeyPress event' /tmp/xev.log; }
 
 # click_cyan WHAT X Y WIDTH HEIGHT: a click in the middle of the cyan (the Clean Keyboard
@@ -95,6 +102,12 @@ xrandr --setmonitor left $width/271x$height/159+0+0 screen
 xrandr --setmonitor right $width/271x$height/159+$width+0 none
 xrandr --listmonitors
 [ "$(xrandr --listmonitors | head -n 1)" = "Monitors: 2" ] || fail "not two monitors"
+
+step "a virtual USB keyboard"
+mkfifo /tmp/keys
+tolvane-lock-guest keyboard </tmp/keys >/tmp/keyboard.out 2>&1 &
+exec 3>/tmp/keys
+wait_for "the keyboard's node" grep -q '^keyboard /dev/input/event' /tmp/keyboard.out
 
 step "xev, an ordinary window with the keyboard focus"
 xev -geometry 240x120+40+440 >/tmp/xev.log 2>&1 &
@@ -123,7 +136,8 @@ step "type while locked"
 presses=$(key_presses)
 xdotool type --delay 50 secret
 xdotool key ctrl+q
-sleep 0.5
+seen=$(tap_keyboard)
+[ "$seen" = 0 ] || fail "a plain reader of the USB keyboard saw $seen key events while locked"
 [ "$(key_presses)" = "$presses" ] || fail "xev got $(($(key_presses) - presses)) key presses while locked"
 kill -0 "$tolvane_pid" || fail "tolvane ended while locked"
 two_overlays || fail "the overlays changed while typing: $(overlays | tr '\n' ' ')"
@@ -132,6 +146,8 @@ step "click Unlock keyboard on the right monitor"
 click_cyan "unlock button on the right monitor" $width $((height / 2 + 50)) $width $((height / 2 - 50))
 wait_for "the log line of the unlock" in_log "keyboard lock: unlocked"
 wait_for "both overlays to go" eval '[ -z "$(overlays)" ]'
+seen=$(tap_keyboard)
+[ "$seen" = 12 ] || fail "a plain reader of the USB keyboard saw $seen of 12 key events after the unlock"
 
 step "type after the unlock"
 presses=$(key_presses)

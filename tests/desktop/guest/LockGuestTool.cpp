@@ -1,23 +1,61 @@
-// The guest's way to find things on Xvfb's screen without a screenshot tool in the lock
-// session:
+// The guest's side of the lock session: a keyboard the kernel believes in, and a way to find
+// things on Xvfb's screen without a screenshot tool.
 //
+//   tolvane-lock-guest keyboard
+//       Plugs a virtual USB keyboard and prints "keyboard NODE". Each line read on standard
+//       input taps six letter keys and prints "seen M", the key events that a plain reader of
+//       the node (as the desktop is: no grab) got.
 //   tolvane-lock-guest XWD RRGGBB TOLERANCE X Y WIDTH HEIGHT
 //       Prints "COUNT LEFT TOP RIGHT BOTTOM" for the pixels near the colour inside the
 //       rectangle of the screen dump.
+#include "kernel/VirtualDevices.h"
+
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <iostream>
 #include <iterator>
+#include <string>
+#include <unistd.h>
 #include <vector>
+
+namespace {
+
+int runKeyboard() {
+    using namespace tolvane::kerneltest;
+    const auto keyboard = VirtualDevice::plug(usbKeyboard("Tolvane Desk Keyboard"));
+    if (!keyboard) {
+        std::printf("keyboard: uinput refused the device\n");
+        return 1;
+    }
+    NodeReader reader(keyboard->path());
+    std::printf("keyboard %s\n", keyboard->path().c_str());
+    std::fflush(stdout);
+    for (std::string line; std::getline(std::cin, line);) {
+        reader.readAll();
+        for (const std::uint16_t key : {KEY_S, KEY_E, KEY_C, KEY_R, KEY_E, KEY_T}) {
+            keyboard->tap(key);
+        }
+        std::printf("seen %zu\n", withoutSync(reader.readAll(300)).size());
+        std::fflush(stdout);
+    }
+    return 0;
+}
+
+} // namespace
 
 // Xvfb keeps its screen (-fbdir) as an X window dump: 25 big-endian header fields, the window
 // name and the colour map, then the pixels; at depth 24, 32 bits each in the server's byte
 // order, red, green and blue a byte each.
 int main(int argc, char** argv) {
+    if (argc == 2 && std::string(argv[1]) == "keyboard") {
+        return runKeyboard();
+    }
     if (argc != 8) {
-        std::fprintf(stderr, "usage: tolvane-lock-guest XWD RRGGBB TOLERANCE X Y WIDTH HEIGHT\n");
+        std::fprintf(stderr, "usage: tolvane-lock-guest keyboard | XWD RRGGBB TOLERANCE X Y "
+                             "WIDTH HEIGHT\n");
         return 2;
     }
     ++argv;
