@@ -36,11 +36,9 @@ TEST(AutostartEntry, HiddenForeignOrGarbageEntriesAreNotEnabled) {
     }
 }
 
-TEST(AutostartEntry, AnApplicationEntryWithPathsEscapedTwiceInExecAndOnceInTryExec) {
+TEST(AutostartEntry, PathsAreEscapedTwiceInExecAndOnceInTryExec) {
     for (const TableRow& row : readTable("exec-quoting.txt", 3)) {
         const std::string entry = autostartEntryText(row[0]);
-        EXPECT_TRUE(entry.starts_with("[Desktop Entry]\n")) << row.where;
-        EXPECT_NE(entry.find("\nType=Application\n"), std::string::npos) << row.where;
         EXPECT_NE(entry.find("\nExec=" + row[1] + "\n"), std::string::npos) << row.where;
         EXPECT_NE(entry.find("\nTryExec=" + row[2] + "\n"), std::string::npos) << row.where;
         const std::string unmarked = entry.substr(0, entry.find("X-Tolvane-Autostart"));
