@@ -74,7 +74,6 @@ TEST(MenuRows, TheCleanRowsCardAloneReactsAndOnlyWhenEnabled) {
                           row.buttonRect().topLeft().toPoint() + QPoint(2, 2)); // a corner
         EXPECT_EQ(clicks, enabled ? 2 : 0);
         QTest::mouseClick(&row, Qt::LeftButton, {}, margin);
-        QTest::mouseClick(&row, Qt::LeftButton, {}, QPoint(150, 1));
         QTest::mouseClick(&row, Qt::RightButton, {}, card);
         QTest::mousePress(&row, Qt::LeftButton, {}, card);
         QTest::mouseRelease(&row, Qt::LeftButton, {}, QPoint(150, row.height() - 1));
@@ -108,12 +107,6 @@ protected:
         return std::max({c.red(), c.green(), c.blue()}) - std::min({c.red(), c.green(), c.blue()}) >
                60;
     }
-    // The largest square within the ring, where the percentage stands.
-    QImage inside(const QImage& image) const {
-        const int half = int((RingGauge::size / 2 - RingGauge::line / 2) / std::sqrt(2.0)) - 1;
-        return image.copy(int(centre.x()) - half, int(centre.y()) - half, 2 * half, 2 * half);
-    }
-
     FakePlatform fakes;
     SystemStats stats{fakes.host};
     QPointF centre;
@@ -152,17 +145,6 @@ TEST_F(RingGaugeTest, EveryGaugeTurnsToTheWarningColoursFromNinetyPercentOn) {
     }
 }
 
-TEST_F(RingGaugeTest, TheTrackAndTheRoundedPercentageShowOnALightAndADarkPanel) {
-    for (bool dark : {false, true}) {
-        const QImage shot = shoot(0.42, 0, dark);
-        const QColor window = panel(dark).color(QPalette::Window);
-        EXPECT_GT(std::abs(at(shot, 200).lightness() - window.lightness()), 10) << "track";
-        EXPECT_GT(strongestInk(inside(shot), inside(shot).rect(), window), 150) << "percentage";
-    }
-    EXPECT_EQ(inside(shoot(0.125)), inside(shoot(0.13))); // "13"
-    EXPECT_NE(inside(shoot(0.125)), inside(shoot(0.12)));
-}
-
 // GNOME's Cantarell has proportional digits: drawn at their own advances, "11%" is narrower
 // than "88%" and the sign and the detail's end shift sideways as the numbers change.
 TEST_F(RingGaugeTest, ThePercentageAndDetailKeepTheirPlaceAsTheirDigitsChange) {
@@ -180,7 +162,7 @@ TEST_F(RingGaugeTest, ThePercentageAndDetailKeepTheirPlaceAsTheirDigitsChange) {
                                                 panel(false).color(QPalette::Window)) <= 40) {
             --x;
         }
-        return x;
+        return x < area.left() ? -1 : x;
     };
     std::set<int> percentEnds, detailEnds;
     for (int d = 1; d <= 9; ++d) {
@@ -193,6 +175,7 @@ TEST_F(RingGaugeTest, ThePercentageAndDetailKeepTheirPlaceAsTheirDigitsChange) {
         detailEnds.insert(rightmostInk(
             image, QRect(QPoint(gauge.left(), ring.bottom() + 8), gauge.bottomRight())));
     }
+    EXPECT_FALSE(percentEnds.contains(-1) || detailEnds.contains(-1)) << "nothing drawn";
     EXPECT_EQ(percentEnds.size(), 1u);
     EXPECT_EQ(detailEnds.size(), 1u);
 }

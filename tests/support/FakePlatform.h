@@ -59,7 +59,6 @@ public:
         recorder.record(available ? "scrollTap.create -> true" : "scrollTap.create -> false");
         filter = available ? f : filter;
         context = available ? c : context;
-        created += available ? 1 : 0;
         return available;
     }
 
@@ -72,7 +71,6 @@ public:
     }
 
     bool available = true; // the answer of create()
-    int created = 0;
 
 private:
     platform::WheelEventFilter filter = nullptr;

@@ -2,87 +2,54 @@
 #include "TolvaneCore/GaugeValues.h"
 #include "TolvaneCore/ProcFiles.h"
 
+#include "support/TextTable.h"
+
 #include <gtest/gtest.h>
 
-#include <limits>
+#include <sstream>
 #include <string>
 
 namespace tolvane {
 namespace {
 
-using namespace std::literals;
+using testing::TableRow, testing::readTable;
 
-TEST(CpuTicksFromProcStat, SumsBusyAndTotalFromTheFirstLine) {
-    // Recorded from real machines, newest kernel first; the columns an older kernel lacks
-    // count as zero and those after steal are ignored.
-    struct Row {
-        const char* text;
-        std::uint64_t busy, idle; // total = busy + idle
-    };
-    const Row rows[] = {
-        {"cpu  55324 0 19158 1649236 503 0 280 0 0 0\n"
-         "cpu0 26907 0 8520 826480 60 0 113 0 0 0\n"
-         "intr 2791453 0 9 0 0 0 0 0 0 0\n",
-         55324 + 19158 + 280, 1649236 + 503},
-        // user nice system idle iowait irq softirq steal guest guest_nice
-        {"cpu  100 20 30 1000 50 4 5 6 900 90\n", 100 + 20 + 30 + 4 + 5 + 6, 1000 + 50},
-        {"cpu  1139 45 610 23844\n", 1139 + 45 + 610, 23844},
-        {"cpu  1 2 3 4 5 6 7 8 9 10 11 12 13\n", 1 + 2 + 3 + 6 + 7 + 8, 4 + 5},
-        {"cpu\t1 2\t3 4", 6, 4},       // tabs, and no final line feed
-        {"cpu  1 2 3 4\ncpu0 ", 6, 4}, // a read cut short after the first line
-        {"cpu  9223372036854775807 0 0 9223372036854775807 1\n", 9223372036854775807,
-         9223372036854775808u},
-    };
-    for (const Row& row : rows) {
-        const auto ticks = cpuTicksFromProcStat(row.text);
-        ASSERT_TRUE(ticks) << row.text;
-        EXPECT_EQ(ticks->busy, row.busy) << row.text;
-        EXPECT_EQ(ticks->total, row.busy + row.idle) << row.text;
-    }
+// A cell's number, "-" for none.
+std::optional<std::uint64_t> number(const std::string& cell) {
+    return cell == "-" ? std::nullopt : std::optional(std::stoull(cell));
 }
 
-TEST(CpuTicksFromProcStat, AnythingButTheCpuLineWithPlainCountersThatFitIsAbsent) {
-    for (std::string_view text :
-         {""sv, "\n"sv, "cpu\n"sv, "cpu  1 2 3\n"sv, "cpu0 1 2 3 4 5 6 7\n"sv, "cpus 1 2 3 4\n"sv,
-          "intr 1 2 3 4\ncpu  1 2 3 4\n"sv, "cpu  1 2 -3 4\n"sv, "cpu  1 2 +3 4\n"sv,
-          "cpu  1 2 3.5 4\n"sv, "cpu  1 2 3 4x\n"sv, "cpu  1 2 3 4 5 6 7 junk\n"sv,
-          "cpu  0x1 2 3 4\n"sv, "\x7f\x45LF\x02\x01\x01"sv, "cpu  1 2 3\n4 5 6 7\n"sv,
-          "cpu  18446744073709551615 1 0 0\n"sv, "cpu  1 1 1 1 18446744073709551615\n"sv,
-          "cpu  9223372036854775808 0 0 9223372036854775808 0 0 0 0\n"sv,
-          "cpu  18446744073709551616 0 0 0\n"sv}) {
-        EXPECT_FALSE(cpuTicksFromProcStat(text)) << text;
+TEST(CpuTicksFromProcStat, SumsBusyAndTotalFromTheFirstLineWithPlainCountersThatFit) {
+    const auto sum = [](const std::string& terms) {
+        std::istringstream in(terms);
+        std::uint64_t total = 0, term = 0;
+        for (char plus = 0; in >> term; in >> plus) {
+            total += term;
+        }
+        return terms == "-" ? std::nullopt : std::optional(total);
+    };
+    for (const TableRow& row : readTable("proc-stat.txt", 3)) {
+        const auto ticks = cpuTicksFromProcStat(row[0]);
+        const auto busy = sum(row[1]), idle = sum(row[2]);
+        ASSERT_EQ(ticks.has_value(), busy.has_value()) << row.where;
+        if (ticks) {
+            EXPECT_EQ(ticks->busy, *busy) << row.where;
+            EXPECT_EQ(ticks->total, *busy + *idle) << row.where;
+        }
     }
 }
 
 TEST(MemoryInfoFromProcMeminfo, ReadsTotalAndAvailableInBytes) {
-    struct Row {
-        const char* text;
-        std::optional<MemoryInfo> info;
-        std::optional<std::uint64_t> used;
+    const auto bytes = [](const std::string& kB) {
+        const auto value = number(kB);
+        return value ? std::optional(*value * 1024) : std::nullopt;
     };
-    const Row rows[] = {
-        {"MemTotal:       24683620 kB\nMemFree:        24428856 kB\n"
-         "MemAvailable:   24379576 kB\nHugePages_Total:       0\n",
-         MemoryInfo{24683620ull * 1024, 24379576ull * 1024}, (24683620ull - 24379576) * 1024},
-        {"MemTotalX:  1 kB\nMemAvailable:  2 kB\nJunk line\nMemTotal:  8 kB\nMemTotal:  9 kB\n",
-         MemoryInfo{8 * 1024, 2 * 1024}, 6 * 1024},
-        {"MemTotal:  2 kB\nMemAvailable:  3 kB\n", MemoryInfo{2 * 1024, 3 * 1024}, std::nullopt},
-        // Before 3.14 the kernel had no estimate of available memory.
-        {"MemTotal:  2048 kB\nMemFree:  1024 kB\n", MemoryInfo{2048 * 1024, {}}, std::nullopt},
-        {"MemTotal:  8 kB\nMemAvailable:  x kB\n", MemoryInfo{8 * 1024, {}}, std::nullopt},
-        {"MemTotal:  8 kB\nMemAvailable:  4 pages\n", MemoryInfo{8 * 1024, {}}, std::nullopt},
-    };
-    for (const Row& row : rows) {
-        const auto info = memoryInfoFromProcMeminfo(row.text);
-        EXPECT_EQ(info, row.info) << row.text;
-        EXPECT_EQ(info ? memoryUsedBytes(*info) : std::nullopt, row.used) << row.text;
-    }
-    for (std::string_view text :
-         {""sv, "MemAvailable:  1 kB\n"sv, "MemTotal:\n"sv, "MemTotal:  kB\n"sv,
-          "MemTotal:  0 kB\n"sv, "MemTotal:  -5 kB\n"sv, "MemTotal:  12 MB\n"sv,
-          "MemTotal:  12 kB extra\n"sv, "MemTotal:  18014398509481984 kB\n"sv,
-          "MemTotal:  99999999999999999999 kB\n"sv, "\x00\x01\x02garbage"sv}) {
-        EXPECT_FALSE(memoryInfoFromProcMeminfo(text)) << text;
+    for (const TableRow& row : readTable("proc-meminfo.txt", 4)) {
+        const auto info = memoryInfoFromProcMeminfo(row[0]);
+        const auto total = bytes(row[1]);
+        EXPECT_EQ(info, total ? std::optional(MemoryInfo{*total, bytes(row[2])}) : std::nullopt)
+            << row.where;
+        EXPECT_EQ(info ? memoryUsedBytes(*info) : std::nullopt, bytes(row[3])) << row.where;
     }
 }
 
@@ -97,25 +64,16 @@ TEST(VolumeBytes, MultipliesBlocksByTheFragmentSizeWhileTheProductFits) {
 constexpr std::uint64_t gib = 1ull << 30;
 
 TEST(CpuReading, IsTheBusyShareSinceBootFirstAndOfTheIntervalLater) {
-    struct Row {
-        std::optional<TickPair> last;
-        TickPair now;
-        int processors;
-        std::optional<Reading> reading;
+    const auto ticks = [](const std::string& cell) {
+        const auto slash = cell.find('/');
+        return cell == "-" ? std::nullopt
+                           : std::optional(TickPair{std::stoull(cell.substr(0, slash)),
+                                                    std::stoull(cell.substr(slash + 1))});
     };
-    const Row rows[] = {
-        {std::nullopt, {1000, 4000}, 8, Reading{0.25, "8 cores"}},
-        {std::nullopt, {0, 0}, 8, Reading{0.0, "8 cores"}},
-        {std::nullopt, {1, 2}, 1, Reading{0.5, "1 cores"}}, // the word stays plural
-        {TickPair{1000, 4000}, {1150, 4200}, 4, Reading{0.75, "4 cores"}},
-        {TickPair{1000, 4000}, {1000, 4200}, 128, Reading{0.0, "128 cores"}},
-        {TickPair{1000, 4000}, {1000, 4000}, 4, std::nullopt},          // total stood still
-        {TickPair{4294967000, 4294967290}, {10, 300}, 4, std::nullopt}, // wrapped
-        {TickPair{5000, 9000}, {4000, 9500}, 4, std::nullopt},          // busy fell
-    };
-    for (const Row& row : rows) {
-        EXPECT_EQ(cpuReading(row.last, row.now, row.processors), row.reading)
-            << row.now.busy << "/" << row.now.total;
+    for (const TableRow& row : readTable("cpu-readings.txt", 5)) {
+        EXPECT_EQ(cpuReading(ticks(row[0]), *ticks(row[1]), std::stoi(row[2])),
+                  row[3] == "-" ? std::nullopt : std::optional(Reading{std::stod(row[3]), row[4]}))
+            << row.where;
     }
 }
 
@@ -142,25 +100,10 @@ TEST(StorageUse, NeedsACapacityAndAnAvailableCountAndNeverGoesBelowNothingUsed) 
 }
 
 TEST(GaugeValues, ClampRoundHalfAwayFromZeroKeepADotAndWarnFromNinetyPercent) {
-    struct Row {
-        double fraction;
-        GaugeValues expected;
-    };
-    const Row rows[] = {
-        {0.0, {0.0, 0, 0.005, false}},
-        {0.004, {0.004, 0, 0.005, false}},
-        {0.005, {0.005, 1, 0.005, false}}, // 0.5 % goes away from zero
-        {0.125, {0.125, 13, 0.125, false}},
-        {0.895, {0.895, 90, 0.895, false}}, // the text rounds, the threshold does not
-        {0.8999999, {0.8999999, 90, 0.8999999, false}},
-        {0.9, {0.9, 90, 0.9, true}},
-        {1.0, {1.0, 100, 1.0, true}},
-        {std::numeric_limits<double>::infinity(), {1.0, 100, 1.0, true}},
-        {-std::numeric_limits<double>::infinity(), {0.0, 0, 0.005, false}},
-        {std::numeric_limits<double>::quiet_NaN(), {0.0, 0, 0.005, false}},
-    };
-    for (const Row& row : rows) {
-        EXPECT_EQ(gaugeValues(row.fraction), row.expected) << row.fraction;
+    for (const TableRow& row : readTable("gauge-values.txt", 5)) {
+        EXPECT_EQ(gaugeValues(std::stod(row[0])), (GaugeValues{std::stod(row[1]), std::stoi(row[2]),
+                                                               std::stod(row[3]), row[4] == "yes"}))
+            << row.where;
     }
 }
 

@@ -2,12 +2,14 @@
 #include "TolvaneCore/CleaningClock.h"
 #include "TolvaneCore/LogLine.h"
 
-#include <gtest/gtest.h>
+#include "support/TextTable.h"
 
-#include <limits>
+#include <gtest/gtest.h>
 
 namespace tolvane {
 namespace {
+
+using testing::TableRow, testing::readTable;
 
 TEST(LogFileLine, IsAUtcTimestampToTheSecondABlankTheEscapedMessageAndALineFeed) {
     EXPECT_EQ(logFileLine(1795016661, "loaded state: auto=true mode=trackpad"),
@@ -23,71 +25,26 @@ TEST(LogFileLine, IsAUtcTimestampToTheSecondABlankTheEscapedMessageAndALineFeed)
 }
 
 TEST(Elapsed, CountsWholeMinutesAndSecondsOfTheDistanceWithoutAnHoursField) {
-    constexpr double inf = std::numeric_limits<double>::infinity();
-    struct Span {
-        double from, to;
-        const char* text;
-    };
-    const Span spans[] = {
-        {0, 0, "00:00"},
-        {0, 0.999, "00:00"}, // cut off, never rounded up
-        {0, 59.9, "00:59"},
-        {0, 61.5, "01:01"},
-        {0, 3600, "60:00"},
-        {1795016661.75, 1795016662.5, "00:00"},
-        {-30, 30, "01:00"},
-        {10, 9.5, "00:00"},                          // an end before the start
-        {0, 2147483647.0 * 60 + 7, "2147483647:07"}, // past a 32-bit minute
-        {0, inf, "153333333333333333:20"},
-        {0, -inf, "00:00"},
-        {0, std::numeric_limits<double>::quiet_NaN(), "00:00"},
-    };
-    for (const Span& s : spans) {
-        EXPECT_EQ(elapsed(s.from, s.to), s.text) << s.from << " to " << s.to;
+    for (const TableRow& row : readTable("elapsed.txt", 3)) {
+        EXPECT_EQ(elapsed(std::stod(row[0]), std::stod(row[1])), row[2]) << row.where;
     }
 }
 
 TEST(AutostartEntry, HiddenForeignOrGarbageEntriesAreNotEnabled) {
-    const std::string ours = autostartEntryText("/usr/bin/tolvane");
-    for (auto [content, enabled] : std::initializer_list<std::pair<std::string, bool>>{
-             {ours, true},
-             {"", false},
-             {"\x01\x02\xff not a desktop entry", false},
-             {"Exec=tolvane\n", false}, // no group
-             {"[Desktop Entry]\nType=Application\nExec=/usr/bin/other\n", false},
-             {"[Desktop Entry]\nExec=/usr/bin/tolvane-extra\n", false},
-             {"[Desktop Entry]\nName=Tolvane\nExec=tolvane\n", true}, // a copied application entry
-             {ours + "Hidden=true\n", false},
-             {ours + "[Desktop Action x]\nHidden=true\n", true},
-             {"[Desktop Entry]\nName=x\n[Other]\nExec=tolvane\n", false},
-             {"# hi\r\n[Desktop Entry]\r\nExec=tolvane\r\n", true}}) {
-        EXPECT_EQ(autostartEntryEnabled(content), enabled) << content;
+    for (const TableRow& row : readTable("autostart-entries.txt", 2)) {
+        EXPECT_EQ(autostartEntryEnabled(row[0]), row[1] == "yes") << row.where;
     }
 }
 
-// A desktop entry file escapes its string values first, and Exec quotes its arguments on top,
-// so a backslash in a quoted path takes four; a percent sign is doubled in any Exec argument.
-TEST(AutostartEntry, AnApplicationEntryWithPathsEscapedTwiceInExecAndOnceInTryExec) {
-    struct Case {
-        const char *path, *exec, *tryExec;
-    };
-    for (const Case& c :
-         {Case{"/usr/bin/tolvane", "/usr/bin/tolvane", "/usr/bin/tolvane"},
-          Case{"/opt/My Apps/tolvane", "\"/opt/My Apps/tolvane\"", "/opt/My Apps/tolvane"},
-          Case{"/opt/a\\b/tolvane", "\"/opt/a\\\\\\\\b/tolvane\"", "/opt/a\\\\b/tolvane"},
-          Case{"/opt/100%/tolvane", "\"/opt/100%%/tolvane\"", "/opt/100%/tolvane"},
-          Case{"/opt/$x/tolvane", "\"/opt/\\\\$x/tolvane\"", "/opt/$x/tolvane"}}) {
-        const std::string entry = autostartEntryText(c.path);
-        EXPECT_TRUE(entry.starts_with("[Desktop Entry]\n")) << entry;
-        EXPECT_NE(entry.find("\nType=Application\n"), std::string::npos) << entry;
-        EXPECT_NE(entry.find("\nExec=" + std::string(c.exec) + "\n"), std::string::npos) << entry;
-        EXPECT_NE(entry.find("\nTryExec=" + std::string(c.tryExec) + "\n"), std::string::npos)
-            << entry;
+TEST(AutostartEntry, PathsAreEscapedTwiceInExecAndOnceInTryExec) {
+    for (const TableRow& row : readTable("exec-quoting.txt", 3)) {
+        const std::string entry = autostartEntryText(row[0]);
+        EXPECT_NE(entry.find("\nExec=" + row[1] + "\n"), std::string::npos) << row.where;
+        EXPECT_NE(entry.find("\nTryExec=" + row[2] + "\n"), std::string::npos) << row.where;
         const std::string unmarked = entry.substr(0, entry.find("X-Tolvane-Autostart"));
-        EXPECT_TRUE(autostartEntryEnabled(unmarked)) << "Exec read back as a tolvane: " << c.path;
+        EXPECT_TRUE(autostartEntryEnabled(unmarked))
+            << "Exec read back as a tolvane: " << row.where;
     }
-    const std::string other = autostartEntryText("/opt/a\\b/tolvane-old");
-    EXPECT_FALSE(autostartEntryEnabled(other.substr(0, other.find("X-Tolvane-Autostart"))));
     EXPECT_EQ(quoteExecArgument("/a$b\"c`d\\e"), "\"/a\\$b\\\"c\\`d\\\\e\"");
 }
 
