@@ -5,6 +5,7 @@
 #include "platform/linux/input/InputRouter.h"
 
 #include "platform/linux/input/NodeWatch.h"
+#include "platform/linux/input/SysfsDevice.h"
 
 #include <cerrno>
 #include <fcntl.h>
@@ -81,11 +82,17 @@ void InputRouter::nodeVanished(const std::string& node) {
 }
 
 bool InputRouter::learn(const std::string& node, Known& entry) {
-    const auto device = EvdevDevice::open(pathOf(node));
-    if (!device) {
+    // From sysfs, so that the monitor sees devices before access to them is granted; from the
+    // node itself where sysfs does not know it.
+    if (auto described = describeNode(pathOf(node))) {
+        entry.identity = std::move(described->identity);
+        entry.capabilities = std::move(described->capabilities);
+    } else if (const auto device = errno != ENOENT ? EvdevDevice::open(pathOf(node)) : nullptr) {
+        entry.identity.clear();
+        entry.capabilities = device->capabilities();
+    } else {
         return false;
     }
-    entry.capabilities = device->capabilities();
     entry.properties = pointerPropertiesOf(*entry.capabilities);
     entry.pointer = matchesPointerUsage(entry.properties) && !isTolvaneClone(*entry.capabilities);
     return true;

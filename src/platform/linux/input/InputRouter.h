@@ -58,7 +58,8 @@ public:
 
 private:
     struct Known {
-        std::optional<DeviceCapabilities> capabilities; // absent while unreadable
+        std::optional<DeviceCapabilities> capabilities; // absent until learned
+        std::string identity;                           // sysfs's, where it knows the device
         DeviceProperties properties;
         bool pointer = false;
         std::unique_ptr<RoutedDevice> routed;
