@@ -262,6 +262,10 @@ TEST_F(DevicesOverTime, MiceWithoutReadAccessAreReportedAndTakenOnceReadable) {
     auto later = VirtualDevice::plug(usbMouse("Tolvane Test Later Mouse"));
     ::chmod(later->path().c_str(), 0);
     EXPECT_TRUE(loop.turnUntil([&] { return added.size() == 1; })) << "not reported";
+    ::chmod(later->path().c_str(), 0600);
+    NodeReader desktop(later->path());
+    EXPECT_TRUE(loop.turnUntil([&] { return !desktop.tryGrab(); })) << "not taken in 2 s";
+    EXPECT_EQ(added.size(), 1u);
 }
 
 // Keys down when the hold begins: the keyboard is taken at once, the desktop sees the keys

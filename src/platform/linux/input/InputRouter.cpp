@@ -54,6 +54,10 @@ std::string InputRouter::pathOf(const std::string& node) const {
 void InputRouter::nodeAppeared(const std::string& node) {
     Known& entry = known[node];
     if (entry.capabilities) {
+        // Announced again, as when its permissions change: the roles may take it now.
+        if (!entry.routed) {
+            applyRoles(node, entry);
+        }
         return;
     }
     if (!learn(node, entry)) {
