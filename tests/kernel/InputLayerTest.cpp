@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
+
 namespace tolvane::kerneltest {
 namespace {
 
@@ -266,6 +268,35 @@ TEST_F(DevicesOverTime, MiceWithoutReadAccessAreReportedAndTakenOnceReadable) {
     NodeReader desktop(later->path());
     EXPECT_TRUE(loop.turnUntil([&] { return !desktop.tryGrab(); })) << "not taken in 2 s";
     EXPECT_EQ(added.size(), 1u);
+}
+
+// Announcements lost in an overflow of the node watch's queue, while the keyboard's node went
+// and a mouse took its name: the mouse is known for what it is, never held without its clone.
+TEST_F(DevicesOverTime, AfterLostAnnouncementsAReusedNodeNamesTheNewDevice) {
+    auto keyboard = VirtualDevice::plug(usbKeyboard());
+    auto mouse = VirtualDevice::plug(usbMouse());
+    FakeDeviceRoot root;
+    root.linkUinput();
+    root.linkNode("event60", keyboard->path());
+    const auto queueLimit = [](const char* events) {
+        std::ofstream("/proc/sys/fs/inotify/max_queued_events") << events;
+    };
+    queueLimit("4"); // taken by the watch as it starts
+    start(root.path());
+    queueLimit("16384");
+    openMonitor();
+    ASSERT_TRUE(layer->create(&invert, nullptr) && layer->grab());
+    for (const char* other : {"js0", "js1", "js2", "js3", "js4"}) {
+        root.linkNode(other, "");
+    }
+    ::unlink((root.path() + "/input/event60").c_str());
+    root.linkNode("event60", mouse->path());
+    ASSERT_TRUE(loop.turnUntil([&] { return added.size() == 1; })) << "the mouse not reported";
+    EXPECT_TRUE(NodeReader(keyboard->path()).tryGrab()) << "the gone keyboard is still held";
+    NodeReader clone(cloneOf(*mouse, usbMouse().name));
+    mouse->frame({{EV_REL, REL_WHEEL, 1}});
+    loop.settle();
+    EXPECT_EQ(withoutSync(clone.readAll()), (Events{{EV_REL, REL_WHEEL, -1}}));
 }
 
 // Keys down when the hold begins: the keyboard is taken at once, the desktop sees the keys

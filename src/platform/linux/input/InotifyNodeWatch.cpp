@@ -116,7 +116,10 @@ private:
 
     void handle(const inotify_event& event, const std::string& name) {
         if (event.mask & IN_Q_OVERFLOW) {
-            announceAll();
+            rewatchNodes();
+            if (callbacks.lost) {
+                callbacks.lost();
+            }
         } else if (event.wd == rootWatch && name == "input" && inputWatch < 0) {
             for (const std::string& node : watchInputDirectory()) {
                 callbacks.appeared(node);
@@ -144,9 +147,15 @@ private:
         }
     }
 
-    void announceAll() {
-        for (const std::string& node : listEventNodes(root)) {
-            callbacks.appeared(node);
+    // The removals and arrivals lost may have left watches on nodes gone and none on new ones.
+    void rewatchNodes() {
+        for (const auto& [wd, node] : nodeWatches) {
+            inotify_rm_watch(fd, wd);
+        }
+        nodeWatches.clear();
+        unwatchable.clear();
+        if (inputWatch >= 0) {
+            watchInputDirectory();
         }
     }
 

@@ -7,6 +7,7 @@
 #include "platform/linux/input/NodeWatch.h"
 #include "platform/linux/input/SysfsDevice.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
 #include <unistd.h>
@@ -25,7 +26,8 @@ InputRouter::InputRouter(EventLoop& loop, std::string deviceRoot,
     // The node watch runs before the first scan, or a device plugged in between the two is
     // never seen; a node reported twice is harmless, as what is known is ignored.
     NodeCallbacks callbacks{[this](const std::string& node) { nodeAppeared(node); },
-                            [this](const std::string& node) { nodeVanished(node); }};
+                            [this](const std::string& node) { nodeVanished(node); },
+                            [this] { reconcile(); }};
     if (root == "/dev") {
         nodeWatch = watchNodesWithUdev(loop, callbacks);
     }
@@ -52,14 +54,18 @@ std::string InputRouter::pathOf(const std::string& node) const {
 }
 
 void InputRouter::nodeAppeared(const std::string& node) {
-    Known& entry = known[node];
-    if (entry.capabilities) {
-        // Announced again, as when its permissions change: the roles may take it now.
-        if (!entry.routed) {
-            applyRoles(node, entry);
+    if (const auto found = known.find(node); found != known.end() && found->second.capabilities) {
+        const auto now = describeNode(pathOf(node));
+        if (!now || now->identity == found->second.identity) {
+            // Announced again, as when its permissions change: the roles may take it now.
+            if (!found->second.routed) {
+                applyRoles(node, found->second);
+            }
+            return;
         }
-        return;
+        nodeVanished(node); // the name of a device gone, reused for a new one
     }
+    Known& entry = known[node];
     if (!learn(node, entry)) {
         if (errno == ENOENT || errno == ENODEV || errno == ENXIO) {
             known.erase(node);
@@ -82,6 +88,22 @@ void InputRouter::nodeVanished(const std::string& node) {
     entry.routed.reset();
     if (entry.pointer && pointerCallbacks.removed) {
         pointerCallbacks.removed({pathOf(node), entry.properties});
+    }
+}
+
+void InputRouter::reconcile() {
+    const std::vector<std::string> present = listEventNodes(root);
+    std::vector<std::string> gone;
+    for (const auto& [node, entry] : known) {
+        if (std::find(present.begin(), present.end(), node) == present.end()) {
+            gone.push_back(node);
+        }
+    }
+    for (const std::string& node : gone) {
+        nodeVanished(node);
+    }
+    for (const std::string& node : present) {
+        nodeAppeared(node);
     }
 }
 

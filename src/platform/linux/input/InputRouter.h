@@ -37,6 +37,9 @@ public:
 
     void nodeAppeared(const std::string& node);
     void nodeVanished(const std::string& node);
+    // After announcements were lost: drops the nodes gone, learns the new ones and those whose
+    // name now belongs to another device.
+    void reconcile();
 
     // The wheel tap. False, with nothing taken, when uinput or an event node cannot be opened
     // or a clone cannot be made. A device another program holds is left to it.
