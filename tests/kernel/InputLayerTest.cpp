@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
+#include <sys/ioctl.h>
 
 namespace tolvane::kerneltest {
 namespace {
@@ -297,6 +298,25 @@ TEST_F(DevicesOverTime, AfterLostAnnouncementsAReusedNodeNamesTheNewDevice) {
     mouse->frame({{EV_REL, REL_WHEEL, 1}});
     loop.settle();
     EXPECT_EQ(withoutSync(clone.readAll()), (Events{{EV_REL, REL_WHEEL, -1}}));
+}
+
+// The desktop sets Caps Lock's LED on the clone of a keyboard with a wheel: it reaches the
+// keyboard itself.
+TEST_F(DevicesOverTime, LedsSetOnACloneReachItsDevice) {
+    DeviceRecipe recipe = usbKeyboard("Tolvane Test Keyboard with a Wheel");
+    recipe.rel = {REL_WHEEL};
+    recipe.leds = {LED_NUML, LED_CAPSL};
+    auto keyboard = VirtualDevice::plug(recipe);
+    start();
+    ASSERT_TRUE(layer->create(&invert, nullptr));
+    const int clone = ::open(cloneOf(*keyboard, recipe.name).c_str(), O_WRONLY | O_CLOEXEC);
+    const input_event capsLock[]{{{}, EV_LED, LED_CAPSL, 1}, {{}, EV_SYN, SYN_REPORT, 0}};
+    EXPECT_EQ(::write(clone, capsLock, sizeof capsLock), ssize_t(sizeof capsLock));
+    ::close(clone);
+    loop.settle();
+    unsigned char leds = 0;
+    ::ioctl(NodeReader(keyboard->path()).descriptor(), EVIOCGLED(sizeof leds), &leds);
+    EXPECT_EQ(leds, 1U << LED_CAPSL);
 }
 
 // Keys down when the hold begins: the keyboard is taken at once, the desktop sees the keys

@@ -48,7 +48,8 @@ std::unique_ptr<VirtualDevice> VirtualDevice::plug(const DeviceRecipe& recipe) {
     for (const auto& [type, codes, data] : {std::tuple{EV_REL, &recipe.rel, (const void*)nullptr},
                                             {EV_KEY, &recipe.keys, nullptr},
                                             {EV_ABS, &recipe.abs, &range},
-                                            {EV_SW, &recipe.switches, nullptr}}) {
+                                            {EV_SW, &recipe.switches, nullptr},
+                                            {EV_LED, &recipe.leds, nullptr}}) {
         for (auto c : *codes) {
             libevdev_enable_event_code(dev, type, c, data);
         }

@@ -36,6 +36,9 @@ InputRouter::Outcome InputRouter::applyRoles(const std::string& node, Known& ent
     if (device.wantsClone() && !device.clone) {
         device.clone = UinputClone::create(device.evdev().evdev(), root + "/uinput");
         outcome = device.clone ? Outcome::done : Outcome::failed;
+        if (device.clone) {
+            device.clone->passOutputsTo(loop, device.evdev().fd());
+        }
     }
     if (outcome == Outcome::done && !device.settle()) {
         outcome = Outcome::refused;
