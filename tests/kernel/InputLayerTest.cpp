@@ -142,18 +142,20 @@ TEST_F(DeviceRoles, EachKindOfDeviceIsReportedInvertedAndHeldByWhatItCanSend) {
 }
 
 // Every way the tap or the hold can be refused, and that a refusal leaves nothing taken. A
-// keyboard another program holds is left to it, and the hold takes the other one.
+// keyboard another program holds is left to it, and the hold takes the other one; a wheel
+// device uinput will not clone is left out of the tap.
 TEST_F(DeviceRoles, ARefusedTapOrHoldLeavesNothingTaken) {
     struct Case {
         const char* what;
-        bool uinput, bogusNode, otherHoldsKeyboard, otherHoldsMouse, tapMade, holdTaken;
+        bool uinput, bogusNode, otherHoldsKeyboard, otherHoldsMouse, unclonable, tapMade, holdTaken;
     };
     const Case cases[] = {
-        {"every device usable", true, false, false, false, true, true},
-        {"no uinput: no clone for the power key", false, false, false, false, false, false},
-        {"a node that is no event device", true, true, false, false, false, false},
-        {"another program holds one keyboard", true, false, true, false, true, true},
-        {"another program holds the mouse", true, false, false, true, true, true},
+        {"every device usable", true, false, false, false, false, true, true},
+        {"no uinput: no clone for the power key", false, false, false, false, false, false, false},
+        {"a node that is no event device", true, true, false, false, false, false, false},
+        {"another program holds one keyboard", true, false, true, false, false, true, true},
+        {"another program holds the mouse", true, false, false, true, false, true, true},
+        {"uinput refuses to clone one wheel", true, false, false, false, true, true, true},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
@@ -170,6 +172,13 @@ TEST_F(DeviceRoles, ARefusedTapOrHoldLeavesNothingTaken) {
         if (c.bogusNode) {
             root.linkNode("event999", "");
         }
+        auto refused =
+            VirtualDevice::plug({"Tolvane Test Refused Wheel", BUS_USB, {REL_WHEEL}, {}, {ABS_X}});
+        if (c.unclonable) { // a range no uinput device may have
+            const input_absinfo upsideDown{0, 100, 0, 0, 0, 0};
+            ::ioctl(NodeReader(refused->path()).descriptor(), EVIOCSABS(ABS_X), &upsideDown);
+            root.linkNode(refused->node(), refused->path());
+        }
         NodeReader otherMouse(mouse->path()), otherKeyboard(keyboard->path());
         ASSERT_TRUE((!c.otherHoldsMouse || otherMouse.grab()) &&
                     (!c.otherHoldsKeyboard || otherKeyboard.grab()));
@@ -180,6 +189,7 @@ TEST_F(DeviceRoles, ARefusedTapOrHoldLeavesNothingTaken) {
         EXPECT_EQ(layer->grab(), c.holdTaken);
         EXPECT_TRUE(c.otherHoldsKeyboard || keyboardFree.tryGrab() != c.holdTaken) << "keyboard";
         EXPECT_NE(free.tryGrab(), c.holdTaken) << "the keyboard nobody else holds";
+        EXPECT_TRUE(NodeReader(refused->path()).tryGrab()) << "the wheel uinput refuses";
         layer.reset();
     }
 }

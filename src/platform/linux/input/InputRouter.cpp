@@ -16,7 +16,8 @@ namespace tolvane::oslinux {
 
 InputRouter::InputRouter(EventLoop& loop, std::string deviceRoot,
                          std::chrono::milliseconds watchdogTimeout, std::string logFile)
-    : loop(loop), root(std::move(deviceRoot)), watchdog(watchdogTimeout, std::move(logFile)) {
+    : loop(loop), root(std::move(deviceRoot)), logFile(std::move(logFile)),
+      watchdog(watchdogTimeout, this->logFile) {
     // After a stop or a stall, take the devices back as soon as the loop turns again, not only
     // with the next input, which would reach the desktop and Tolvane both.
     if (watchdog.noticeFd() >= 0) {
