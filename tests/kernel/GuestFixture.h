@@ -32,12 +32,9 @@ protected:
 };
 
 // While it lives, this process opens nodes as a user would: root's override of file modes is off.
-class WithoutAccess {
-public:
+struct WithoutAccess {
     WithoutAccess() { override(false); }
     ~WithoutAccess() { override(true); }
-
-private:
     static void override(bool on) {
         __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
         __user_cap_data_struct caps[2]{};

@@ -27,6 +27,7 @@ DeviceRecipe usbKeyboard(const std::string& name) {
     for (std::uint16_t k = KEY_ESC; k <= KEY_MICMUTE; ++k) {
         r.keys.push_back(k);
     }
+    r.leds = {LED_NUML, LED_CAPSL};
     r.repeat = true;
     return r;
 }
