@@ -2,8 +2,11 @@
 
 #include <bitset>
 #include <cstdint>
+#include <functional>
 #include <initializer_list>
 #include <string>
+#include <string_view>
+#include <vector>
 
 namespace tolvane {
 
@@ -99,5 +102,14 @@ template <std::size_t N> std::bitset<N> codeSet(std::initializer_list<std::uint1
     }
     return set;
 }
+
+// What sysfs shows of an input device, readable by anyone (/sys/class/input/eventN/device):
+// `read` gives the text of a file there ("name", "id/bustype", "capabilities/key",
+// "properties"...), empty when it cannot be read.
+DeviceCapabilities capabilitiesFromSysfs(const std::function<std::string(const char* file)>& read);
+
+// The bits set in one of sysfs's bitmaps: 64-bit words in hexadecimal, the most significant
+// first. None when the text is no such bitmap.
+std::vector<std::size_t> sysfsBitmapBits(std::string_view text);
 
 } // namespace tolvane

@@ -76,7 +76,8 @@ TEST(InotifyNodeWatchTest, AnnouncesEventNodesAsTheyComeChangeAndGo) {
     auto watch = oslinux::watchNodesWithInotify(
         loop, root,
         {[&](const std::string& node) { seen.push_back("+" + node); },
-         [&](const std::string& node) { seen.push_back("-" + node); }});
+         [&](const std::string& node) { seen.push_back("-" + node); },
+         {}});
     ASSERT_NE(watch, nullptr);
     const auto settle = [&] {
         processUntil([] { return false; }, 50);

@@ -9,9 +9,11 @@
 #include <chrono>
 #include <cstdlib>
 #include <fcntl.h>
+#include <linux/capability.h>
 #include <memory>
 #include <string>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 namespace tolvane::kerneltest {
@@ -27,6 +29,20 @@ protected:
 
     PollLoop loop;
     std::unique_ptr<oslinux::InputRouter> layer;
+};
+
+// While it lives, this process opens nodes as a user would: root's override of file modes is off.
+struct WithoutAccess {
+    WithoutAccess() { override(false); }
+    ~WithoutAccess() { override(true); }
+    static void override(bool on) {
+        __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
+        __user_cap_data_struct caps[2]{};
+        ::syscall(SYS_capget, &header, caps);
+        const unsigned bits = 1U << CAP_DAC_OVERRIDE | 1U << CAP_DAC_READ_SEARCH;
+        caps[0].effective = on ? caps[0].effective | bits : caps[0].effective & ~bits;
+        ::syscall(SYS_capset, &header, caps);
+    }
 };
 
 // A device directory of the test's own making, whose nodes link to real ones.

@@ -4,6 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
+#include <sys/ioctl.h>
+
 namespace tolvane::kerneltest {
 namespace {
 
@@ -139,18 +142,20 @@ TEST_F(DeviceRoles, EachKindOfDeviceIsReportedInvertedAndHeldByWhatItCanSend) {
 }
 
 // Every way the tap or the hold can be refused, and that a refusal leaves nothing taken. A
-// keyboard another program holds is left to it, and the hold takes the other one.
+// keyboard another program holds is left to it, and the hold takes the other one; a wheel
+// device uinput will not clone is left out of the tap.
 TEST_F(DeviceRoles, ARefusedTapOrHoldLeavesNothingTaken) {
     struct Case {
         const char* what;
-        bool uinput, bogusNode, otherHoldsKeyboard, otherHoldsMouse, tapMade, holdTaken;
+        bool uinput, bogusNode, otherHoldsKeyboard, otherHoldsMouse, unclonable, tapMade, holdTaken;
     };
     const Case cases[] = {
-        {"every device usable", true, false, false, false, true, true},
-        {"no uinput: no clone for the power key", false, false, false, false, false, false},
-        {"a node that is no event device", true, true, false, false, false, false},
-        {"another program holds one keyboard", true, false, true, false, true, true},
-        {"another program holds the mouse", true, false, false, true, true, true},
+        {"every device usable", true, false, false, false, false, true, true},
+        {"no uinput: no clone for the power key", false, false, false, false, false, false, false},
+        {"a node that is no event device", true, true, false, false, false, false, false},
+        {"another program holds one keyboard", true, false, true, false, false, true, true},
+        {"another program holds the mouse", true, false, false, true, false, true, true},
+        {"uinput refuses to clone one wheel", true, false, false, false, true, true, true},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
@@ -167,6 +172,13 @@ TEST_F(DeviceRoles, ARefusedTapOrHoldLeavesNothingTaken) {
         if (c.bogusNode) {
             root.linkNode("event999", "");
         }
+        auto refused =
+            VirtualDevice::plug({"Tolvane Test Refused Wheel", BUS_USB, {REL_WHEEL}, {}, {ABS_X}});
+        if (c.unclonable) { // a range no uinput device may have
+            const input_absinfo upsideDown{0, 100, 0, 0, 0, 0};
+            ::ioctl(NodeReader(refused->path()).descriptor(), EVIOCSABS(ABS_X), &upsideDown);
+            root.linkNode(refused->node(), refused->path());
+        }
         NodeReader otherMouse(mouse->path()), otherKeyboard(keyboard->path());
         ASSERT_TRUE((!c.otherHoldsMouse || otherMouse.grab()) &&
                     (!c.otherHoldsKeyboard || otherKeyboard.grab()));
@@ -177,6 +189,7 @@ TEST_F(DeviceRoles, ARefusedTapOrHoldLeavesNothingTaken) {
         EXPECT_EQ(layer->grab(), c.holdTaken);
         EXPECT_TRUE(c.otherHoldsKeyboard || keyboardFree.tryGrab() != c.holdTaken) << "keyboard";
         EXPECT_NE(free.tryGrab(), c.holdTaken) << "the keyboard nobody else holds";
+        EXPECT_TRUE(NodeReader(refused->path()).tryGrab()) << "the wheel uinput refuses";
         layer.reset();
     }
 }
@@ -218,6 +231,14 @@ TEST_F(DevicesOverTime, AMouseAndAKeyboardPluggedInLaterAreTakenAndTheirUnplugDr
         << "the later mouse was not reported or the later keyboard not taken";
     EXPECT_EQ(added[0].id, later->path());
     EXPECT_TRUE(isExternalMouse(added[0].properties));
+    const int clone = ::open(cloneOf(*keyboard, "Tolvane Test Late Keyboard").c_str(), O_WRONLY);
+    const input_event capsLock[]{{{}, EV_LED, LED_CAPSL, 1}, {{}, EV_SYN, SYN_REPORT, 0}};
+    EXPECT_EQ(::write(clone, capsLock, sizeof capsLock), ssize_t(sizeof capsLock));
+    ::close(clone);
+    loop.settle();
+    unsigned char leds = 0;
+    ::ioctl(keys.descriptor(), EVIOCGLED(sizeof leds), &leds);
+    EXPECT_EQ(leds, 1U << LED_CAPSL) << "the Caps Lock LED set on the clone";
     keys.readAll();
     keyboard->tap(KEY_Q);
     NodeReader laterClone(cloneOf(*later, "Tolvane Test Later Mouse"));
@@ -247,19 +268,51 @@ TEST_F(DevicesOverTime, TwoLayersNeverTakeEachOthersClonesAndNegateTheWheelOnce)
     EXPECT_EQ(withoutSync(desktop.readAll()), (Events{{EV_REL, REL_WHEEL, -2}}));
 }
 
-TEST_F(DevicesOverTime, ANodeThatBecomesReadableOnlyLaterIsTakenAndReportedThen) {
+// Access granted while mice are plugged in: the monitor reports them before, from what anyone
+// may read of a device, and the tap takes each once its node is readable.
+TEST_F(DevicesOverTime, MiceWithoutReadAccessAreReportedAndTakenOnceReadable) {
+    auto first = VirtualDevice::plug(usbMouse("Tolvane Test First Mouse"));
+    ::chmod(first->path().c_str(), 0);
+    WithoutAccess user;
+    start();
+    openMonitor();
+    EXPECT_EQ(layer->current().size(), 1u) << "the monitor needs read access";
+    EXPECT_FALSE(layer->create(&invert, nullptr));
+    ::chmod(first->path().c_str(), 0600);
+    ASSERT_TRUE(layer->create(&invert, nullptr)); // as the permission poll does once granted
+    auto later = VirtualDevice::plug(usbMouse("Tolvane Test Later Mouse"));
+    ::chmod(later->path().c_str(), 0);
+    EXPECT_TRUE(loop.turnUntil([&] { return added.size() == 1; })) << "not reported";
+    ::chmod(later->path().c_str(), 0600);
+    NodeReader desktop(later->path());
+    EXPECT_TRUE(loop.turnUntil([&] { return !desktop.tryGrab(); })) << "not taken in 2 s";
+    EXPECT_EQ(added.size(), 1u);
+}
+
+// Announcements lost in an overflow of the node watch's queue, while the keyboard's node went
+// and a mouse took its name: the mouse is known for what it is, never held without its clone.
+TEST_F(DevicesOverTime, AfterLostAnnouncementsAReusedNodeNamesTheNewDevice) {
+    auto keyboard = VirtualDevice::plug(usbKeyboard());
     auto mouse = VirtualDevice::plug(usbMouse());
     FakeDeviceRoot root;
     root.linkUinput();
-    root.linkNode("event50", ""); // there, but not yet an event device one can read
+    root.linkNode("event60", keyboard->path());
+    std::ofstream("/proc/sys/fs/inotify/max_queued_events") << 4; // taken as the watch starts
     start(root.path());
+    std::ofstream("/proc/sys/fs/inotify/max_queued_events") << 16384;
     openMonitor();
-    EXPECT_FALSE(layer->create(&invert, nullptr));
-    root.replaceNode("event50", mouse->path()); // as when udev has fixed its permissions
-    ASSERT_TRUE(loop.turnUntil([&] { return added.size() == 1; }));
-    EXPECT_EQ(added[0].id, root.path() + "/input/event50");
-    EXPECT_TRUE(layer->create(&invert, nullptr));
-    EXPECT_FALSE(NodeReader(mouse->path()).tryGrab()) << "the mouse was not taken";
+    ASSERT_TRUE(layer->create(&invert, nullptr) && layer->grab());
+    for (const char* other : {"js0", "js1", "js2", "js3", "js4"}) {
+        root.linkNode(other, "");
+    }
+    ::unlink((root.path() + "/input/event60").c_str());
+    root.linkNode("event60", mouse->path());
+    ASSERT_TRUE(loop.turnUntil([&] { return added.size() == 1; })) << "the mouse not reported";
+    EXPECT_TRUE(NodeReader(keyboard->path()).tryGrab()) << "the gone keyboard is still held";
+    NodeReader clone(cloneOf(*mouse, usbMouse().name));
+    mouse->frame({{EV_REL, REL_WHEEL, 1}});
+    loop.settle();
+    EXPECT_EQ(withoutSync(clone.readAll()), (Events{{EV_REL, REL_WHEEL, -1}}));
 }
 
 // Keys down when the hold begins: the keyboard is taken at once, the desktop sees the keys

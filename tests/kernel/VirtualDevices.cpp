@@ -27,6 +27,7 @@ DeviceRecipe usbKeyboard(const std::string& name) {
     for (std::uint16_t k = KEY_ESC; k <= KEY_MICMUTE; ++k) {
         r.keys.push_back(k);
     }
+    r.leds = {LED_NUML, LED_CAPSL};
     r.repeat = true;
     return r;
 }
@@ -48,7 +49,8 @@ std::unique_ptr<VirtualDevice> VirtualDevice::plug(const DeviceRecipe& recipe) {
     for (const auto& [type, codes, data] : {std::tuple{EV_REL, &recipe.rel, (const void*)nullptr},
                                             {EV_KEY, &recipe.keys, nullptr},
                                             {EV_ABS, &recipe.abs, &range},
-                                            {EV_SW, &recipe.switches, nullptr}}) {
+                                            {EV_SW, &recipe.switches, nullptr},
+                                            {EV_LED, &recipe.leds, nullptr}}) {
         for (auto c : *codes) {
             libevdev_enable_event_code(dev, type, c, data);
         }

@@ -17,7 +17,7 @@ namespace tolvane::kerneltest {
 struct DeviceRecipe {
     std::string name{};
     std::uint16_t bus = BUS_USB;
-    std::vector<std::uint16_t> rel{}, keys{}, abs{}, switches{}, props{};
+    std::vector<std::uint16_t> rel{}, keys{}, abs{}, switches{}, props{}, leds{};
     bool repeat = false; // kernel auto-repeat, as real keyboards have
 };
 

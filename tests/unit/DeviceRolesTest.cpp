@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
 #include <vector>
 
 namespace tolvane {
@@ -101,6 +102,32 @@ TEST(DeviceRoles, PointerUsageBuiltInWheelAndKeyHoldFollowCapabilities) {
         caps.name.clear();
         EXPECT_EQ(pointerPropertiesOf(caps).product, std::nullopt);
     }
+}
+
+// What anyone may read of a device in sysfs, where the monitor learns it without access.
+TEST(DeviceRoles, SysfsBitmapsAndFilesGiveTheCapabilities) {
+    const std::pair<const char*, std::vector<std::size_t>> bitmaps[] = {
+        {"0\n", {}},
+        {"1943\n", {0, 1, 6, 8, 11, 12}},
+        {"1 0", {64}},
+        {"1f0000 0 0 0 0\n", {272, 273, 274, 275, 276}},
+        {"8000000000000000 1", {0, 127}},
+        {"12 zz", {}},
+        {"10000000000000000", {}},
+    };
+    for (const auto& [text, bits] : bitmaps) {
+        EXPECT_EQ(sysfsBitmapBits(text), bits) << text;
+    }
+    const std::map<std::string, std::string> mouse{{"name", "Logitech USB Receiver\n"},
+                                                   {"id/bustype", "0003\n"},
+                                                   {"capabilities/rel", "1943\n"},
+                                                   {"capabilities/key", "1f0000 0 0 0 0\n"}};
+    const DeviceCapabilities caps = capabilitiesFromSysfs([&](const char* file) {
+        const auto found = mouse.find(file);
+        return found == mouse.end() ? std::string() : found->second;
+    });
+    EXPECT_EQ(rolesOf(caps), "mouse external wheel");
+    EXPECT_EQ(caps.name, "Logitech USB Receiver");
 }
 
 TEST(DeviceRoles, OnlyAMarkedPhysMakesAClone) {

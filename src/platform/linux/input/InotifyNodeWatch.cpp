@@ -3,7 +3,8 @@
 // readable (its permissions fixed a moment later), so a change of attributes counts as an
 // arrival too; and that change is watched on each node, not on the directory, because a
 // directory watch for attribute changes makes the kernel visit the directory's watchers on
-// every read of every node in it, each wheel frame included. The directory itself may not
+// every read of every node in it, each wheel frame included; only while a node cannot be watched
+// (inotify needs read access to it) does the directory watch them. The directory itself may not
 // exist until the first input device does.
 #include "platform/linux/input/NodeWatch.h"
 
@@ -13,6 +14,7 @@
 #include <cstdlib>
 #include <dirent.h>
 #include <map>
+#include <set>
 #include <sys/inotify.h>
 #include <unistd.h>
 
@@ -80,7 +82,12 @@ private:
         const int wd = inotify_add_watch(fd, (root + "/input/" + node).c_str(), IN_ATTRIB);
         if (wd >= 0) {
             nodeWatches[wd] = node;
+            unwatchable.erase(node);
+        } else {
+            unwatchable.insert(node);
         }
+        inotify_add_watch(fd, (root + "/input").c_str(),
+                          entryChanges | (unwatchable.empty() ? 0 : IN_ATTRIB));
     }
 
     void forgetAttributes(const std::string& node) {
@@ -109,7 +116,10 @@ private:
 
     void handle(const inotify_event& event, const std::string& name) {
         if (event.mask & IN_Q_OVERFLOW) {
-            announceAll();
+            rewatchNodes();
+            if (callbacks.lost) {
+                callbacks.lost();
+            }
         } else if (event.wd == rootWatch && name == "input" && inputWatch < 0) {
             for (const std::string& node : watchInputDirectory()) {
                 callbacks.appeared(node);
@@ -119,8 +129,11 @@ private:
             watchInputDirectory();
         } else if (event.wd == inputWatch && isEventNodeName(name)) {
             if (event.mask & (IN_DELETE | IN_MOVED_FROM)) {
+                unwatchable.erase(name);
                 forgetAttributes(name);
                 callbacks.vanished(name);
+            } else if ((event.mask & IN_ATTRIB) && unwatchable.count(name) == 0) {
+                return; // that node's own watch reports it
             } else {
                 watchAttributes(name);
                 callbacks.appeared(name);
@@ -134,9 +147,15 @@ private:
         }
     }
 
-    void announceAll() {
-        for (const std::string& node : listEventNodes(root)) {
-            callbacks.appeared(node);
+    // The removals and arrivals lost may have left watches on nodes gone and none on new ones.
+    void rewatchNodes() {
+        for (const auto& [wd, node] : nodeWatches) {
+            inotify_rm_watch(fd, wd);
+        }
+        nodeWatches.clear();
+        unwatchable.clear();
+        if (inputWatch >= 0) {
+            watchInputDirectory();
         }
     }
 
@@ -147,6 +166,7 @@ private:
     int inputWatch = -1;
     int rootWatch = -1;
     std::map<int, std::string> nodeWatches; // watch descriptor to node name
+    std::set<std::string> unwatchable;
 };
 
 } // namespace

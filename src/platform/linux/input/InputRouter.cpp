@@ -5,7 +5,9 @@
 #include "platform/linux/input/InputRouter.h"
 
 #include "platform/linux/input/NodeWatch.h"
+#include "platform/linux/input/SysfsDevice.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
 #include <unistd.h>
@@ -14,7 +16,8 @@ namespace tolvane::oslinux {
 
 InputRouter::InputRouter(EventLoop& loop, std::string deviceRoot,
                          std::chrono::milliseconds watchdogTimeout, std::string logFile)
-    : loop(loop), root(std::move(deviceRoot)), watchdog(watchdogTimeout, std::move(logFile)) {
+    : loop(loop), root(std::move(deviceRoot)), logFile(std::move(logFile)),
+      watchdog(watchdogTimeout, this->logFile) {
     // After a stop or a stall, take the devices back as soon as the loop turns again, not only
     // with the next input, which would reach the desktop and Tolvane both.
     if (watchdog.noticeFd() >= 0) {
@@ -24,7 +27,8 @@ InputRouter::InputRouter(EventLoop& loop, std::string deviceRoot,
     // The node watch runs before the first scan, or a device plugged in between the two is
     // never seen; a node reported twice is harmless, as what is known is ignored.
     NodeCallbacks callbacks{[this](const std::string& node) { nodeAppeared(node); },
-                            [this](const std::string& node) { nodeVanished(node); }};
+                            [this](const std::string& node) { nodeVanished(node); },
+                            [this] { reconcile(); }};
     if (root == "/dev") {
         nodeWatch = watchNodesWithUdev(loop, callbacks);
     }
@@ -51,10 +55,18 @@ std::string InputRouter::pathOf(const std::string& node) const {
 }
 
 void InputRouter::nodeAppeared(const std::string& node) {
-    Known& entry = known[node];
-    if (entry.capabilities) {
-        return;
+    if (const auto found = known.find(node); found != known.end() && found->second.capabilities) {
+        const auto now = describeNode(pathOf(node));
+        if (!now || now->identity == found->second.identity) {
+            // Announced again, as when its permissions change: the roles may take it now.
+            if (!found->second.routed) {
+                applyRoles(node, found->second);
+            }
+            return;
+        }
+        nodeVanished(node); // the name of a device gone, reused for a new one
     }
+    Known& entry = known[node];
     if (!learn(node, entry)) {
         if (errno == ENOENT || errno == ENODEV || errno == ENXIO) {
             known.erase(node);
@@ -80,12 +92,34 @@ void InputRouter::nodeVanished(const std::string& node) {
     }
 }
 
+void InputRouter::reconcile() {
+    const std::vector<std::string> present = listEventNodes(root);
+    std::vector<std::string> gone;
+    for (const auto& [node, entry] : known) {
+        if (std::find(present.begin(), present.end(), node) == present.end()) {
+            gone.push_back(node);
+        }
+    }
+    for (const std::string& node : gone) {
+        nodeVanished(node);
+    }
+    for (const std::string& node : present) {
+        nodeAppeared(node);
+    }
+}
+
 bool InputRouter::learn(const std::string& node, Known& entry) {
-    const auto device = EvdevDevice::open(pathOf(node));
-    if (!device) {
+    // From sysfs, so that the monitor sees devices before access to them is granted; from the
+    // node itself where sysfs does not know it.
+    if (auto described = describeNode(pathOf(node))) {
+        entry.identity = std::move(described->identity);
+        entry.capabilities = std::move(described->capabilities);
+    } else if (const auto device = errno != ENOENT ? EvdevDevice::open(pathOf(node)) : nullptr) {
+        entry.identity.clear();
+        entry.capabilities = device->capabilities();
+    } else {
         return false;
     }
-    entry.capabilities = device->capabilities();
     entry.properties = pointerPropertiesOf(*entry.capabilities);
     entry.pointer = matchesPointerUsage(entry.properties) && !isTolvaneClone(*entry.capabilities);
     return true;

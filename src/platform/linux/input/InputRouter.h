@@ -37,9 +37,12 @@ public:
 
     void nodeAppeared(const std::string& node);
     void nodeVanished(const std::string& node);
+    // After announcements were lost: drops the nodes gone, learns the new ones and those whose
+    // name now belongs to another device.
+    void reconcile();
 
-    // The wheel tap. False, with nothing taken, when uinput or an event node cannot be opened
-    // or a clone cannot be made. A device another program holds is left to it.
+    // The wheel tap. False, with nothing taken, when uinput or an event node cannot be opened.
+    // A device another program holds is left to it, one uinput will not clone is left out.
     bool create(platform::WheelEventFilter filter, void* context) override;
 
     // The keyboard hold. False, with nothing held, when a node cannot be opened or no keyboard
@@ -58,12 +61,14 @@ public:
 
 private:
     struct Known {
-        std::optional<DeviceCapabilities> capabilities; // absent while unreadable
+        std::optional<DeviceCapabilities> capabilities; // absent until learned
+        std::string identity;                           // sysfs's, where it knows the device
         DeviceProperties properties;
         bool pointer = false;
         std::unique_ptr<RoutedDevice> routed;
     };
-    enum class Outcome { done, refused, failed };
+    // refused: another program holds the device; unclonable: uinput will not make its clone.
+    enum class Outcome { done, refused, unclonable, failed };
 
     static bool takesWheel(const Known& entry);
     static bool takesKeys(const Known& entry);
@@ -76,6 +81,7 @@ private:
 
     EventLoop& loop;
     const std::string root;
+    const std::string logFile;
     GrabWatchdog watchdog;
     std::map<std::string, Known> known;
     platform::PointerDevices::Callbacks pointerCallbacks;

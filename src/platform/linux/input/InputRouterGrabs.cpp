@@ -4,6 +4,8 @@
 // with something down until it is idle and takes it then.
 #include "platform/linux/input/InputRouter.h"
 
+#include "platform/linux/input/GrabWatchdogProcess.h"
+
 #include <algorithm>
 
 namespace tolvane::oslinux {
@@ -35,7 +37,13 @@ InputRouter::Outcome InputRouter::applyRoles(const std::string& node, Known& ent
     Outcome outcome = Outcome::done;
     if (device.wantsClone() && !device.clone) {
         device.clone = UinputClone::create(device.evdev().evdev(), root + "/uinput");
-        outcome = device.clone ? Outcome::done : Outcome::failed;
+        if (device.clone) {
+            device.clone->passOutputsTo(loop, device.evdev().fd());
+        } else {
+            writeLogLine(logFile, "input device not taken, uinput will not clone it: " +
+                                      device.capabilities().name);
+            outcome = Outcome::unclonable;
+        }
     }
     if (outcome == Outcome::done && !device.settle()) {
         outcome = Outcome::refused;

@@ -10,10 +10,12 @@
 namespace tolvane::oslinux {
 
 // Arrival and removal of input event nodes, by node name ("event7"). An arrival may repeat
-// for a node already known, for instance when its permissions change.
+// for a node already known, for instance when its permissions change. `lost`: announcements
+// were lost (a queue overflowed), so what is present must be looked at anew.
 struct NodeCallbacks {
     std::function<void(const std::string& node)> appeared;
     std::function<void(const std::string& node)> vanished;
+    std::function<void()> lost;
 };
 
 class NodeWatch {

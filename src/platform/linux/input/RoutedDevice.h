@@ -52,7 +52,8 @@ public:
 
     bool wantsGrab() const { return wheelRole || keyRole; }
     bool wantsClone() const {
-        return wheelRole || (keyRole && keyHoldFor(capabilities()) == KeyHold::keysAndPassThrough);
+        // Held for its keys without a clone only when keys are all it has: never a pointer.
+        return wheelRole || (keyRole && keyHoldFor(capabilities()) != KeyHold::keysOnly);
     }
 
 private:

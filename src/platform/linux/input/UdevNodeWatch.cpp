@@ -8,6 +8,7 @@
 
 #include <libudev.h>
 
+#include <cerrno>
 #include <cstring>
 #include <unistd.h>
 
@@ -30,6 +31,7 @@ public:
 
 private:
     void readAnnouncements() {
+        errno = 0;
         while (udev_device* device = udev_monitor_receive_device(monitor)) {
             const char* action = udev_device_get_action(device);
             const char* sysname = udev_device_get_sysname(device);
@@ -41,6 +43,9 @@ private:
                 }
             }
             udev_device_unref(device);
+        }
+        if (errno == ENOBUFS) { // the socket's buffer overran: announcements were dropped
+            callbacks.lost();
         }
     }
 

@@ -1,7 +1,9 @@
 // Clones are uinput devices created from the original's libevdev description. The things easy
 // to get wrong: a clone that keeps EV_REP makes the kernel auto-repeat its keys on top of the
 // repeats already coming from the original, so the clone is made without it; and every clone
-// carries Tolvane's mark in its phys, so that no Tolvane takes it for a real device.
+// carries Tolvane's mark in its phys, so that no Tolvane takes it for a real device. The
+// desktop sets the keyboard's LEDs on the twin, which it takes for the keyboard; uinput hands
+// them to the twin's maker on its descriptor, and they go on to the real device from there.
 #include "platform/linux/input/UinputClone.h"
 
 #include <libevdev/libevdev-uinput.h>
@@ -9,6 +11,7 @@
 
 #include "TolvaneCore/DeviceRoles.h"
 
+#include <array>
 #include <fcntl.h>
 #include <linux/uinput.h>
 #include <sys/ioctl.h>
@@ -18,7 +21,7 @@ namespace tolvane::oslinux {
 
 std::unique_ptr<UinputClone> UinputClone::create(libevdev* original,
                                                  const std::string& uinputPath) {
-    const int fd = ::open(uinputPath.c_str(), O_RDWR | O_CLOEXEC);
+    const int fd = ::open(uinputPath.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
     if (fd < 0) {
         return nullptr;
     }
@@ -39,6 +42,9 @@ UinputClone::UinputClone(libevdev_uinput* device, int uinputFd)
     : device(device), uinputFd(uinputFd) {}
 
 UinputClone::~UinputClone() {
+    if (outputLoop) {
+        outputLoop->unwatch(uinputFd);
+    }
     libevdev_uinput_destroy(device);
     ::close(uinputFd);
 }
@@ -67,6 +73,29 @@ void UinputClone::releaseKeysDown(const libevdev* state, bool (*which)(std::uint
     }
     out[n++] = input_event{{}, EV_SYN, SYN_REPORT, 0};
     [[maybe_unused]] const ssize_t written = ::write(uinputFd, out.data(), n * sizeof(input_event));
+}
+
+void UinputClone::passOutputsTo(EventLoop& loop, int deviceFd) {
+    outputLoop = &loop;
+    outputFd = deviceFd;
+    loop.watchReadable(uinputFd, [this] { passOutputs(); });
+}
+
+void UinputClone::passOutputs() {
+    std::array<input_event, frameCapacity> in{};
+    for (ssize_t n; (n = ::read(uinputFd, in.data(), sizeof in)) > 0;) {
+        std::size_t kept = 0;
+        for (std::size_t i = 0; i < static_cast<std::size_t>(n) / sizeof(input_event); ++i) {
+            if (in[i].type == EV_LED || in[i].type == EV_SND) {
+                in[kept++] = in[i];
+            }
+        }
+        if (kept > 0) {
+            in[kept++] = input_event{{}, EV_SYN, SYN_REPORT, 0};
+            [[maybe_unused]] const ssize_t written =
+                ::write(outputFd, in.data(), kept * sizeof(input_event));
+        }
+    }
 }
 
 } // namespace tolvane::oslinux

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "TolvaneCore/FrameAssembler.h"
+#include "platform/linux/input/EventLoop.h"
 
 #include <linux/input.h>
 
@@ -33,11 +34,18 @@ public:
     // Lets go of every key the twin has been told is down, as `state` records it.
     void releaseKeysDown(const libevdev* state, bool (*which)(std::uint16_t keyCode));
 
+    // From now on, passes what programs write to the twin for the device (its LEDs, its bell)
+    // on to the device, through `deviceFd`, each time the loop finds some.
+    void passOutputsTo(EventLoop& loop, int deviceFd);
+
 private:
     UinputClone(libevdev_uinput* device, int uinputFd);
+    void passOutputs();
 
     libevdev_uinput* device;
     int uinputFd;
+    EventLoop* outputLoop = nullptr;
+    int outputFd = -1;
     std::array<input_event, frameCapacity> out{};
 };
 
