@@ -6,6 +6,8 @@
 
 #include "platform/linux/input/GrabWatchdogProcess.h"
 
+#include <libevdev/libevdev.h>
+
 #include <algorithm>
 
 namespace tolvane::oslinux {
@@ -37,9 +39,12 @@ InputRouter::Outcome InputRouter::applyRoles(const std::string& node, Known& ent
     Outcome outcome = Outcome::done;
     if (device.wantsClone() && !device.clone) {
         device.clone = UinputClone::create(device.evdev().evdev(), root + "/uinput");
-        if (device.clone) {
+        libevdev* source = device.evdev().evdev();
+        if (device.clone &&
+            (libevdev_has_event_type(source, EV_LED) || libevdev_has_event_type(source, EV_SND))) {
+            // Only then: uinput echoes every EV_MSC written to a clone back to its maker too.
             device.clone->passOutputsTo(loop, device.evdev().fd());
-        } else {
+        } else if (!device.clone) {
             writeLogLine(logFile, "input device not taken, uinput will not clone it: " +
                                       device.capabilities().name);
             outcome = Outcome::unclonable;
