@@ -1,42 +1,56 @@
 #include "TolvaneCore/DeviceRoles.h"
 #include "TolvaneCore/WheelEvents.h"
 
+#include "support/TextTable.h"
+
 #include <gtest/gtest.h>
 
+#include <iterator>
 #include <map>
+#include <sstream>
 #include <vector>
 
 namespace tolvane {
 namespace {
 
-using namespace code;
+using testing::TableRow, testing::readTable;
 
-std::bitset<keyCount> keyboardKeys() {
-    std::bitset<keyCount> keys;
-    for (std::uint16_t k = keyEsc; k <= 248; ++k) { // up to the microphone mute key
-        keys.set(k);
+// The number the kernel gives `name`, from the table of codes.
+std::uint16_t codeOf(const std::string& name) {
+    for (const TableRow& row : readTable("event-codes.txt", 2)) {
+        if (row[0] == name) {
+            return std::uint16_t(std::stoi(row[1], nullptr, 0));
+        }
     }
-    return keys;
+    ADD_FAILURE() << "no code named " << name;
+    return 0;
 }
 
-const auto xy = codeSet<relCount>({relX, relY});
-const auto mouseRel = codeSet<relCount>({relX, relY, relWheel, relHWheel});
-const auto mouseButtons = codeSet<keyCount>({btnLeft, btnRight, 0x112});
-const auto absXY = codeSet<absCount>({absX, absY});
-const auto touchpadAbs = codeSet<absCount>({absX, absY, absMtPositionX});
-const auto touchpadKeys = codeSet<keyCount>({btnLeft, btnToolFinger, btnTouch});
-const auto mediaKeys = codeSet<keyCount>(
-    {keyMute, keyVolumeDown, keyVolumeUp, keyPlayPause, keyBrightnessDown, keyBrightnessUp});
-const auto tabletSwitch = codeSet<swCount>({swTabletMode});
-const auto wheel = codeSet<relCount>({relWheel});
-const auto hWheel = codeSet<relCount>({relHWheel});
-const auto volume = codeSet<absCount>({0x20});
-const auto systemKeys = codeSet<keyCount>({keyPower, keySleep, keyWakeUp});
-const auto keyboardAndTouchpad = keyboardKeys() | touchpadKeys;
-const auto penKeys = codeSet<keyCount>({btnLeft, btnToolPen, btnStylus, btnTouch});
-const auto touchKeys = codeSet<keyCount>({btnLeft, btnTouch});
-const auto pointerProp = codeSet<propCount>({propPointer});
-const auto directProp = codeSet<propCount>({propDirect});
+// A device of the table of devices: each name, or each A..B, sets its codes.
+DeviceCapabilities deviceOf(const TableRow& row) {
+    DeviceCapabilities caps;
+    caps.name = row[0];
+    caps.busType = codeOf(row[1]);
+    std::istringstream names(row[3]);
+    for (std::string name; names >> name;) {
+        const std::size_t dots = name.find("..");
+        const std::uint16_t last = codeOf(name.substr(dots == name.npos ? 0 : dots + 2));
+        for (std::uint16_t c = codeOf(name.substr(0, dots)); c <= last; ++c) {
+            if (name.starts_with("REL_")) {
+                caps.rel.set(c);
+            } else if (name.starts_with("ABS_")) {
+                caps.abs.set(c);
+            } else if (name.starts_with("SW_")) {
+                caps.sw.set(c);
+            } else if (name.starts_with("INPUT_PROP_")) {
+                caps.props.set(c);
+            } else {
+                caps.key.set(c);
+            }
+        }
+    }
+    return caps;
+}
 
 // What the monitor, the scroll tap and the keyboard lock make of a device, in a few words.
 std::string rolesOf(const DeviceCapabilities& caps) {
@@ -57,66 +71,21 @@ std::string rolesOf(const DeviceCapabilities& caps) {
 }
 
 TEST(DeviceRoles, PointerUsageBuiltInWheelAndKeyHoldFollowCapabilities) {
-    struct Row {
-        const char* name;
-        std::uint16_t bus;
-        const char* roles;
-        std::bitset<relCount> rel{};
-        std::bitset<absCount> abs{};
-        std::bitset<keyCount> key{};
-        std::bitset<swCount> sw{};
-        std::bitset<propCount> props{};
-    };
-    const Row rows[] = {
-        {"USB Keyboard", busUsb, "keys+rest", {}, {}, keyboardKeys()}, // its power key passes
-        {"Letters Only", busUsb, "keys", {}, {}, codeSet<keyCount>({keyEsc, keyA, keyF1})},
-        {"USB Keyboard Consumer Control", busUsb, "wheel keys+rest", hWheel, volume, mediaKeys},
-        {"USB Keyboard System Control", busUsb, "", {}, {}, systemKeys},
-        {"USB Keyboard Mouse", busUsb, "mouse external wheel", mouseRel, {}, mouseButtons},
-        {"USB Keyboard Mouse", busUsb, "", xy},
-        {"Power Button", busHost, "built-in", {}, {}, codeSet<keyCount>({keyPower})},
-        {"Lid Switch", busHost, "built-in", {}, {}, {}, codeSet<swCount>({swLid})},
-        {"MX Anywhere", busBluetooth, "mouse external wheel", mouseRel, {}, mouseButtons},
-        {"ELAN Touchpad", busI2c, "built-in", {}, touchpadAbs, touchpadKeys, {}, pointerProp},
-        {"TPPS/2 IBM TrackPoint", busI8042, "mouse built-in", xy, {}, mouseButtons},
-        {"Acme Wireless TrackPad", busUsb, "mouse wheel", mouseRel, {}, mouseButtons},
-        {"Keyboard with Touchpad", busUsb, "keys+rest", {}, touchpadAbs, keyboardAndTouchpad},
-        {"AT Translated Set 2 keyboard", busI8042, "built-in keys+rest", {}, {}, keyboardKeys()},
-        {"ThinkPad Extra Buttons", busHost, "built-in keys+rest", {}, {}, mediaKeys, tabletSwitch},
-        {"QEMU USB Tablet", busUsb, "pointer external wheel", wheel, absXY, mouseButtons},
-        {"Wacom Intuos Pen", busUsb, "", {}, absXY, penKeys},
-        {"Goodix Touchscreen", busI2c, "built-in", {}, absXY, touchKeys, {}, directProp},
-        {"Virtual", busVirtual, "mouse bus-unknown external wheel", mouseRel, {}, mouseButtons},
-    };
-    for (const Row& row : rows) {
-        DeviceCapabilities caps;
-        caps.name = row.name;
-        caps.busType = row.bus;
-        caps.rel = row.rel;
-        caps.abs = row.abs;
-        caps.key = row.key;
-        caps.sw = row.sw;
-        caps.props = row.props;
-        EXPECT_EQ(rolesOf(caps), row.roles) << row.name;
-        EXPECT_EQ(pointerPropertiesOf(caps).product, row.name);
+    for (const TableRow& row : readTable("devices.txt", 4)) {
+        DeviceCapabilities caps = deviceOf(row);
+        EXPECT_EQ(rolesOf(caps), row[2] == "-" ? "" : row[2]) << row.where;
+        EXPECT_EQ(pointerPropertiesOf(caps).product, row[0]) << row.where;
         caps.name.clear();
-        EXPECT_EQ(pointerPropertiesOf(caps).product, std::nullopt);
+        EXPECT_EQ(pointerPropertiesOf(caps).product, std::nullopt) << row.where;
     }
 }
 
 // What anyone may read of a device in sysfs, where the monitor learns it without access.
 TEST(DeviceRoles, SysfsBitmapsAndFilesGiveTheCapabilities) {
-    const std::pair<const char*, std::vector<std::size_t>> bitmaps[] = {
-        {"0\n", {}},
-        {"1943\n", {0, 1, 6, 8, 11, 12}},
-        {"1 0", {64}},
-        {"1f0000 0 0 0 0\n", {272, 273, 274, 275, 276}},
-        {"8000000000000000 1", {0, 127}},
-        {"12 zz", {}},
-        {"10000000000000000", {}},
-    };
-    for (const auto& [text, bits] : bitmaps) {
-        EXPECT_EQ(sysfsBitmapBits(text), bits) << text;
+    for (const TableRow& row : readTable("sysfs-bitmaps.txt", 2)) {
+        std::istringstream codes(row[1] == "-" ? "" : row[1]);
+        const std::vector<std::size_t> bits{std::istream_iterator<std::size_t>(codes), {}};
+        EXPECT_EQ(sysfsBitmapBits(row[0]), bits) << row.where;
     }
     const std::map<std::string, std::string> mouse{{"name", "Logitech USB Receiver\n"},
                                                    {"id/bustype", "0003\n"},

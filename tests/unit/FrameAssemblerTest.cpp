@@ -2,101 +2,89 @@
 #include "TolvaneCore/DeviceCapabilities.h"
 #include "TolvaneCore/WheelEvents.h"
 
+#include "support/TextTable.h"
+
 #include <gtest/gtest.h>
 
-#include <limits>
+#include <map>
+#include <sstream>
 #include <vector>
 
 namespace tolvane {
+using testing::TableRow, testing::readTable;
 namespace {
 
 using Events = std::vector<InputEvent>;
 using namespace code;
 
-constexpr InputEvent syn{evSyn, 0, 0};
 constexpr InputEvent dropped{0xffff, 0, 0};  // libevdev reports SYN_DROPPED
 constexpr InputEvent resynced{0xfffe, 0, 0}; // libevdev's resync is read to its end
+constexpr InputEvent cut{0xfffd, 0, 0};      // one frame out ends, the next begins
 
-Events operator+(Events a, const Events& b) {
-    a.insert(a.end(), b.begin(), b.end());
-    return a;
+// The number the kernel gives `name`, from the table of codes.
+std::uint16_t codeOf(const std::string& name) {
+    for (const TableRow& row : readTable("event-codes.txt", 2)) {
+        if (row[0] == name) {
+            return std::uint16_t(std::stoi(row[1], nullptr, 0));
+        }
+    }
+    ADD_FAILURE() << "no code named " << name;
+    return 0;
 }
 
-enum Mode { plain, held, inverted };
+// The events of a cell of the frame table, `cut` for each '/'.
+Events eventsOf(std::string text) {
+    Events events;
+    for (std::size_t at = text.find('/'); at != text.npos; at = text.find('/', at + 2)) {
+        text.replace(at, 1, ",/,");
+    }
+    std::istringstream items(text == "-" ? "" : text);
+    for (std::string item; std::getline(items, item, ',');) {
+        std::istringstream words(item);
+        std::size_t times = 1;
+        if (item.find('*') != item.npos && words >> times) {
+            words.ignore(1);
+        }
+        std::string name;
+        std::int32_t value = 1;
+        words >> name >> value;
+        const std::uint16_t type = name.starts_with("REL_")   ? evRel
+                                   : name.starts_with("MSC_") ? evMsc
+                                   : name.starts_with("SW_")  ? evSw
+                                                              : evKey;
+        const std::map<std::string, InputEvent> marks{
+            {"SYN", {evSyn, 0, 0}}, {"dropped", dropped}, {"resynced", resynced}, {"/", cut}};
+        const bool mark = marks.contains(name);
+        events.insert(events.end(), times,
+                      mark ? marks.at(name) : InputEvent{type, codeOf(name), words ? value : 1});
+    }
+    return events;
+}
 
-// Every frame the clone gets, in order, for what is read from the device.
-std::vector<Events> framesOut(const Events& read, Mode mode) {
+// What the clone gets, in order, for what is read from the device.
+Events framesOut(const Events& read, const std::string& mode) {
     FrameAssembler frames;
-    frames.dropKeys = mode == held;
-    if (mode == inverted) {
+    frames.dropKeys = mode == "held";
+    if (mode == "inverted") {
         frames.filter = [](void*, InputEvent* e, std::size_t n) { negateWheelAxes(e, n); };
     }
-    std::vector<Events> out;
+    Events out;
     for (const InputEvent& e : read) {
         const auto frame = e == dropped    ? (frames.dropped(), std::span<const InputEvent>{})
                            : e == resynced ? frames.resynced()
                                            : frames.take(e);
         if (!frame.empty()) {
-            out.emplace_back(frame.begin(), frame.end());
+            out.insert(out.end(), out.empty() ? 0 : 1, cut);
+            out.insert(out.end(), frame.begin(), frame.end());
         }
     }
     return out;
 }
 
-InputEvent rel(std::uint16_t code, std::int32_t value) {
-    return {evRel, code, value};
-}
-InputEvent key(std::uint16_t code) {
-    return {evKey, code, 1};
-}
-
 TEST(FrameAssembler, FramesGoOutWholeCutOnlyByTheBufferAndNeverMixedAcrossALoss) {
-    const InputEvent x = rel(relX, 1), x2 = rel(relX, 2), up{evKey, btnLeft, 0}, a = key(keyA);
-    const InputEvent scan{evMsc, mscScan, 4}, stamp{evMsc, 0x05, 1000}; // MSC_TIMESTAMP
-    const InputEvent power = key(keyPower), sleep = key(keySleep), wake = key(keyWakeUp);
-    const InputEvent sw{evSw, swTabletMode, 1}, dpad = key(btnDpadUp), happy = key(btnTriggerHappy);
-    const Events big(FrameAssembler::capacity, x), almost(FrameAssembler::capacity - 1, a);
-    constexpr std::int32_t most = std::numeric_limits<std::int32_t>::max();
-    constexpr std::int32_t least = std::numeric_limits<std::int32_t>::min();
-    const Events wheels{rel(relWheel, 1),          rel(relWheelHiRes, 120), rel(relHWheel, -2),
-                        rel(relHWheelHiRes, -240), rel(relWheel, least),    rel(relWheel, most),
-                        rel(0x07, 4) /* a dial */, {evKey, relWheel, 1},    syn};
-    const Events negated{rel(relWheel, -1),
-                         rel(relWheelHiRes, -120),
-                         rel(relHWheel, 2),
-                         rel(relHWheelHiRes, 240),
-                         rel(relWheel, most),
-                         rel(relWheel, -most),
-                         rel(0x07, 4),
-                         {evKey, relWheel, 1},
-                         syn};
-    struct Row {
-        const char* what;
-        Events read;
-        Mode mode;
-        std::vector<Events> out;
-    };
-    // clang-format off
-    const Row rows[] = {
-        {"a frame passes whole", {x, x2, syn}, plain, {{x, x2, syn}}},
-        {"nothing before its SYN_REPORT", {x, x2}, plain, {}},
-        {"every wheel axis negated, nothing else", wheels, inverted, {negated}},
-        {"a frame cut by SYN_DROPPED is discarded", {x, dropped, up, syn, resynced, x2, syn}, plain,
-         {{up, syn}, {x2, syn}}},
-        {"a resync without its end is closed", {x, dropped, up, resynced}, plain, {{up, syn}}},
-        {"a frame too long still ends", big + Events{syn}, plain, {big, {syn}}},
-        {"held keys dropped, their frame too", {scan, a, syn, x, a, syn}, held, {{x, syn}}},
-        {"power, sleep and wake pass a held keyboard", {scan, power, syn, sleep, wake, syn}, held,
-         {{power, syn}, {sleep, wake, syn}}},
-        {"a held device keeps all but its keys, in order",
-         {scan, a, key(btnLeft), x, key(keyVolumeUp), power, key(keyOk), sw, key(btnTouch), dpad,
-          happy, syn}, held, {{key(btnLeft), x, power, sw, key(btnTouch), dpad, happy, syn}}},
-        {"a frame of EV_MSC alone passes", {stamp, syn}, held, {{stamp, syn}}},
-        {"a long frame of held keys ends", Events{x} + almost + Events{a, syn}, held, {{x}, {syn}}},
-    };
-    // clang-format on
-    for (const Row& row : rows) {
-        EXPECT_EQ(framesOut(row.read, row.mode), row.out) << row.what;
+    ASSERT_EQ(FrameAssembler::capacity, 256U) << "the frame table's long frames fill 256 events";
+    for (const TableRow& row : readTable("frames.txt", 3)) {
+        EXPECT_EQ(framesOut(eventsOf(row[1]), row[0]), eventsOf(row[2])) << row.where;
     }
 }
 
