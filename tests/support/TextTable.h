@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstdint>
 #include <fstream>
 #include <sstream>
 #include <string>
@@ -75,6 +76,17 @@ inline std::vector<TableRow> readTable(const std::string& name, std::size_t colu
     }
     EXPECT_FALSE(rows.empty()) << name;
     return rows;
+}
+
+// The number the kernel gives an event type or code `name` (REL_WHEEL), from the table of codes.
+inline std::uint16_t codeOf(const std::string& name) {
+    for (const TableRow& row : readTable("event-codes.txt", 2)) {
+        if (row[0] == name) {
+            return std::uint16_t(std::stoi(row[1], nullptr, 0));
+        }
+    }
+    ADD_FAILURE() << "no code named " << name;
+    return 0;
 }
 
 } // namespace tolvane::testing

@@ -13,18 +13,7 @@
 namespace tolvane {
 namespace {
 
-using testing::TableRow, testing::readTable;
-
-// The number the kernel gives `name`, from the table of codes.
-std::uint16_t codeOf(const std::string& name) {
-    for (const TableRow& row : readTable("event-codes.txt", 2)) {
-        if (row[0] == name) {
-            return std::uint16_t(std::stoi(row[1], nullptr, 0));
-        }
-    }
-    ADD_FAILURE() << "no code named " << name;
-    return 0;
-}
+using testing::TableRow, testing::readTable, testing::codeOf;
 
 // A device of the table of devices: each name, or each A..B, sets its codes.
 DeviceCapabilities deviceOf(const TableRow& row) {

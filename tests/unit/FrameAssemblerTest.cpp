@@ -11,7 +11,7 @@
 #include <vector>
 
 namespace tolvane {
-using testing::TableRow, testing::readTable;
+using testing::TableRow, testing::readTable, testing::codeOf;
 namespace {
 
 using Events = std::vector<InputEvent>;
@@ -20,17 +20,6 @@ using namespace code;
 constexpr InputEvent dropped{0xffff, 0, 0};  // libevdev reports SYN_DROPPED
 constexpr InputEvent resynced{0xfffe, 0, 0}; // libevdev's resync is read to its end
 constexpr InputEvent cut{0xfffd, 0, 0};      // one frame out ends, the next begins
-
-// The number the kernel gives `name`, from the table of codes.
-std::uint16_t codeOf(const std::string& name) {
-    for (const TableRow& row : readTable("event-codes.txt", 2)) {
-        if (row[0] == name) {
-            return std::uint16_t(std::stoi(row[1], nullptr, 0));
-        }
-    }
-    ADD_FAILURE() << "no code named " << name;
-    return 0;
-}
 
 // The events of a cell of the frame table, `cut` for each '/'.
 Events eventsOf(std::string text) {
