@@ -13,7 +13,6 @@
 namespace tolvane::testing {
 namespace {
 
-using Lines = std::vector<std::string>;
 constexpr ScrollMode T = ScrollMode::trackpad, M = ScrollMode::mouse;
 
 class AppDelegateTest : public AppHarness {};

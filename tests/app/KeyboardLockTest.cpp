@@ -88,7 +88,6 @@ TEST_F(Overlay, OnlyACompletedClickOnTheCapsuleUnlocks) {
     EXPECT_EQ(unlocks, 1);
 }
 
-using Journal = std::vector<std::string>;
 const std::string locked = "log: Tolvane: keyboard lock: locked";
 const std::string unlocked = "log: Tolvane: keyboard lock: unlocked";
 const std::string refused = "log: Tolvane: keyboard lock: tap creation failed";
@@ -110,7 +109,7 @@ protected:
         setOffscreenScreens({});
         AppHarness::TearDown();
     }
-    const Journal& journal() { return recorder().calls; }
+    const Lines& journal() { return recorder().calls; }
 
     std::unique_ptr<KeyboardLock> lock;
 };
@@ -123,7 +122,7 @@ TEST_F(LockTest, LockGrabsCoversTheScreenLogsAndTellsOnceAndUnlockUndoesIt) {
     EXPECT_FALSE(lock->lock());
     lock->unlock();
     EXPECT_EQ(journal(),
-              (Journal{"keyboard.grab -> false", refused, "keyboard.grab -> false", refused}));
+              (Lines{"keyboard.grab -> false", refused, "keyboard.grab -> false", refused}));
     EXPECT_TRUE(overlayWindows().isEmpty());
     recorder().clear();
     fakes().keyboard.grantable = true;
@@ -131,7 +130,7 @@ TEST_F(LockTest, LockGrabsCoversTheScreenLogsAndTellsOnceAndUnlockUndoesIt) {
         EXPECT_TRUE(lock->lock());
     }
     EXPECT_TRUE(lock->locked());
-    EXPECT_EQ(journal(), (Journal{"keyboard.grab -> true", locked, "onChange(true) with 1 shown"}));
+    EXPECT_EQ(journal(), (Lines{"keyboard.grab -> true", locked, "onChange(true) with 1 shown"}));
     const QList<CleaningOverlay*> overlays = overlayWindows();
     ASSERT_EQ(overlays.size(), 1);
     const QPointer<CleaningOverlay> overlay = overlays[0];
@@ -144,7 +143,7 @@ TEST_F(LockTest, LockGrabsCoversTheScreenLogsAndTellsOnceAndUnlockUndoesIt) {
     lock->unlock();
     lock->unlock();
     EXPECT_FALSE(lock->locked());
-    EXPECT_EQ(journal(), (Journal{"keyboard.release", unlocked, "onChange(false) with 0 shown"}));
+    EXPECT_EQ(journal(), (Lines{"keyboard.release", unlocked, "onChange(false) with 0 shown"}));
     settle();
     EXPECT_TRUE(overlay.isNull());
     ASSERT_TRUE(lock->lock()); // new windows
@@ -183,7 +182,7 @@ TEST_F(LockTest, OverlaysFollowTheScreensWhileLockedAndAnyButtonUnlocksAll) {
     UnlockButton* button = overlays[1]->unlockButton();
     QTest::mouseClick(button, Qt::LeftButton, {}, button->capsuleRect().center().toPoint());
     EXPECT_FALSE(lock->locked());
-    EXPECT_EQ(journal(), (Journal{"keyboard.release", unlocked, "onChange(false) with 0 shown"}));
+    EXPECT_EQ(journal(), (Lines{"keyboard.release", unlocked, "onChange(false) with 0 shown"}));
     settle();
     EXPECT_TRUE(overlayWindows().isEmpty());
 }

@@ -14,8 +14,6 @@
 namespace tolvane::testing {
 namespace {
 
-using Lines = std::vector<std::string>;
-
 QWidget* rowOf(QAction* action) {
     auto* hosted = qobject_cast<QWidgetAction*>(action);
     return hosted ? hosted->defaultWidget() : nullptr;

@@ -61,11 +61,6 @@ public:
     void linkUinput() {
         [[maybe_unused]] int rc = ::symlink("/dev/uinput", (root + "/uinput").c_str());
     }
-    // Puts a link to `target` in the node's place in one step, as a rename.
-    void replaceNode(const std::string& node, const std::string& target) {
-        linkNode("staging", target);
-        ::rename((root + "/input/staging").c_str(), (root + "/input/" + node).c_str());
-    }
 
 private:
     char pattern[32] = "/tmp/tolvane-root.XXXXXX"; // before `root`, which is made from it

@@ -9,6 +9,8 @@
 
 namespace tolvane::testing {
 
+using Lines = std::vector<std::string>;
+
 // One journal shared by every fake of a test, so a test can check the order of calls across
 // interfaces and log lines together: "keyboard.grab -> true", "log: Tolvane: ...".
 class Recorder {
@@ -17,14 +19,14 @@ public:
     void clear() { calls.clear(); }
 
     // The calls whose text starts with `prefix`, in order.
-    std::vector<std::string> matching(const std::string& prefix) const {
-        std::vector<std::string> found;
+    Lines matching(const std::string& prefix) const {
+        Lines found;
         std::copy_if(calls.begin(), calls.end(), std::back_inserter(found),
                      [&prefix](const std::string& call) { return call.starts_with(prefix); });
         return found;
     }
 
-    std::vector<std::string> calls;
+    Lines calls;
 };
 
 // Recording fakes of the platform interfaces. Each records the calls the OS would see and

@@ -18,7 +18,6 @@
 #include <iostream>
 #include <iterator>
 #include <string>
-#include <unistd.h>
 #include <vector>
 
 namespace {
