@@ -56,8 +56,8 @@ std::string InputRouter::pathOf(const std::string& node) const {
 
 void InputRouter::nodeAppeared(const std::string& node) {
     if (const auto found = known.find(node); found != known.end() && found->second.capabilities) {
-        const auto now = describeNode(pathOf(node));
-        if (!now || now->identity == found->second.identity) {
+        const auto now = sysfsIdentity(pathOf(node));
+        if (!now || *now == found->second.identity) {
             // Announced again, as when its permissions change: the roles may take it now.
             if (!found->second.routed) {
                 applyRoles(node, found->second);

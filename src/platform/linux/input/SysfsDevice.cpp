@@ -14,7 +14,7 @@
 
 namespace tolvane::oslinux {
 
-std::optional<SysfsDevice> describeNode(const std::string& nodePath) {
+std::optional<std::string> sysfsIdentity(const std::string& nodePath) {
     struct stat node {};
     if (::stat(nodePath.c_str(), &node) != 0) {
         return std::nullopt;
@@ -30,7 +30,15 @@ std::optional<SysfsDevice> describeNode(const std::string& nodePath) {
         errno = ENODEV;
         return std::nullopt;
     }
-    SysfsDevice device{resolved, {}};
+    return std::string(resolved);
+}
+
+std::optional<SysfsDevice> describeNode(const std::string& nodePath) {
+    auto identity = sysfsIdentity(nodePath);
+    if (!identity) {
+        return std::nullopt;
+    }
+    SysfsDevice device{std::move(*identity), {}};
     device.capabilities = capabilitiesFromSysfs([&](const char* file) {
         std::ifstream in(device.identity + "/" + file);
         return std::string(std::istreambuf_iterator<char>(in), {});

@@ -14,8 +14,12 @@ struct SysfsDevice {
     DeviceCapabilities capabilities;
 };
 
+// The `identity` of the device behind an event node, found without opening the node. Absent
+// when the node is gone (errno ENOENT), is no character device or sysfs does not know it.
+std::optional<std::string> sysfsIdentity(const std::string& nodePath);
+
 // The device behind an event node, learned without opening the node, so without access to it.
-// Absent when the node is gone (errno ENOENT), is no character device or sysfs does not know it.
+// Absent as sysfsIdentity() is.
 std::optional<SysfsDevice> describeNode(const std::string& nodePath);
 
 } // namespace tolvane::oslinux
