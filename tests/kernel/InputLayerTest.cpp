@@ -372,5 +372,41 @@ TEST_F(DevicesOverTime, AnOverflowLeavesNoButtonDownAndNoMixedFrame) {
     EXPECT_LT(motions, 3000u) << "no overflow happened, the case proves nothing";
 }
 
+// Sleep and resume, three times over: every device goes and comes back within a second, its
+// removal seen first or announced in one batch with its return, then the keyboard back first,
+// on the mouse's old node. The hold stands, each device has one clone, the mouse is reported
+// gone and back once.
+TEST_F(DevicesOverTime, AfterEachResumeEveryDeviceIsTakenAgainWithOneClone) {
+    auto mouse = VirtualDevice::plug(usbMouse());
+    auto keyboard = VirtualDevice::plug(usbKeyboard());
+    start();
+    openMonitor();
+    ASSERT_TRUE(layer->create(&invert, nullptr) && layer->grab());
+    for (const int variant : {0, 1, 3}) { // 1: one batch, 2: the keyboard first
+        SCOPED_TRACE(variant);
+        loop.settle();
+        removed.clear(), added.clear();
+        mouse.reset(), keyboard.reset();
+        if ((variant & 1) == 0) {
+            loop.settle();
+        }
+        keyboard = variant & 2 ? VirtualDevice::plug(usbKeyboard()) : nullptr;
+        mouse = VirtualDevice::plug(usbMouse());
+        keyboard = keyboard ? std::move(keyboard) : VirtualDevice::plug(usbKeyboard());
+        NodeReader keys(keyboard->path());
+        ASSERT_TRUE(loop.turnUntil([&] { return !keys.tryGrab(); }, 1s)) << "not held in 1 s";
+        NodeReader clone(cloneOf(*mouse, usbMouse().name)),
+            keysClone(cloneOf(*keyboard, usbKeyboard().name));
+        mouse->frame({{EV_REL, REL_WHEEL, 1}});
+        keyboard->tap(KEY_A);
+        loop.settle();
+        EXPECT_EQ(withoutSync(clone.readAll()), (Events{{EV_REL, REL_WHEEL, -1}}));
+        EXPECT_TRUE(keys.readAll().empty() && keysClone.readAll().empty()) << "a key leaked";
+        EXPECT_EQ(layer->current().size(), 1u);
+        EXPECT_EQ(std::pair(removed.size(), added.size()),
+                  (std::pair<std::size_t, std::size_t>{1, 1}));
+    }
+}
+
 } // namespace
 } // namespace tolvane::kerneltest
