@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <fstream>
 #include <sys/ioctl.h>
 
@@ -21,12 +22,8 @@ void invert(void*, InputEvent* events, std::size_t count) {
     }
 }
 
-constexpr InputEvent rel(std::uint16_t code, int value) {
-    return {EV_REL, code, value};
-}
-constexpr InputEvent key(std::uint16_t code) {
-    return {EV_KEY, code, 1};
-}
+constexpr auto rel = [](std::uint16_t code, int value) { return InputEvent{EV_REL, code, value}; };
+constexpr auto key = [](std::uint16_t code) { return InputEvent{EV_KEY, code, 1}; };
 
 // One kind of device: what the pointer monitor calls it, one frame it sends, and what another
 // reader (the desktop) sees of that frame through the clone if the device has one, else on the
@@ -78,27 +75,28 @@ const std::vector<Row>& rows() {
 
 class DeviceRoles : public GuestFixture {
 protected:
-    // Sends the row's frame and checks what the desktop sees, then puts keys, switches and
+    // Sends each row's frame and checks what the desktop sees, then puts keys, switches and
     // axes back to zero so that the next frame is not dropped as a repeat by the input core.
-    void expectDesktopSees(const Row& row, VirtualDevice& device, const Events& expected,
-                           const char* phase) {
-        SCOPED_TRACE(row.recipe.name + ", " + phase);
-        const auto clones = nodesNamed(row.recipe.name, {device.path()});
-        ASSERT_LE(clones.size(), 1u) << "a clone of a clone";
-        NodeReader desktop(clones.empty() ? device.path() : clones[0]), original(device.path());
-        EXPECT_FALSE(!clones.empty() && desktop.hasType(EV_REP)) << "the clone repeats keys itself";
-        device.frame(row.frame);
-        loop.settle();
-        EXPECT_EQ(withoutSync(desktop.readAll()), expected);
-        EXPECT_TRUE(clones.empty() || original.readAll().empty()) << "the cloned device leaked";
-        Events back;
-        for (InputEvent e : row.frame) {
-            if (e.type != EV_REL) {
-                back.push_back({e.type, e.code, 0});
-            }
+    void expectDesktopSees(const std::vector<std::unique_ptr<VirtualDevice>>& devices,
+                           Events Row::*expected, const char* phase) {
+        for (std::size_t i = 0; i < devices.size(); ++i) {
+            const Row& row = rows()[i];
+            VirtualDevice& device = *devices[i];
+            SCOPED_TRACE(row.recipe.name + ", " + phase);
+            const auto clones = nodesNamed(row.recipe.name, {device.path()});
+            ASSERT_LE(clones.size(), 1u) << "a clone of a clone";
+            NodeReader desktop(clones.empty() ? device.path() : clones[0]), original(device.path());
+            EXPECT_FALSE(!clones.empty() && desktop.hasType(EV_REP)) << "the clone auto-repeats";
+            device.frame(row.frame);
+            loop.settle();
+            EXPECT_EQ(withoutSync(desktop.readAll()), row.*expected);
+            EXPECT_TRUE(clones.empty() || original.readAll().empty()) << "the cloned device leaked";
+            Events back = row.frame;
+            std::erase_if(back, [](InputEvent e) { return e.type == EV_REL; });
+            std::ranges::for_each(back, [](InputEvent& e) { e.value = 0; });
+            device.frame(back);
+            loop.settle();
         }
-        device.frame(back);
-        loop.settle();
     }
 };
 
@@ -125,20 +123,14 @@ TEST_F(DeviceRoles, EachKindOfDeviceIsReportedInvertedAndHeldByWhatItCanSend) {
 
     inverting = true;
     ASSERT_TRUE(layer->create(&invert, nullptr));
-    for (std::size_t i = 0; i < rows().size(); ++i) {
-        expectDesktopSees(rows()[i], *devices[i], rows()[i].inverted, "inverting");
-    }
+    expectDesktopSees(devices, &Row::inverted, "inverting");
     ASSERT_TRUE(layer->grab());
-    for (std::size_t i = 0; i < rows().size(); ++i) {
-        expectDesktopSees(rows()[i], *devices[i], rows()[i].held, "held");
-    }
+    expectDesktopSees(devices, &Row::held, "held");
     layer->release();
     inverting = false;
     ASSERT_TRUE(loop.turnUntil([&] { return nodesNamed(rows()[2].recipe.name).size() == 1; }))
         << "the clone made for the hold outlived it";
-    for (std::size_t i = 0; i < rows().size(); ++i) {
-        expectDesktopSees(rows()[i], *devices[i], rows()[i].frame, "released, not inverting");
-    }
+    expectDesktopSees(devices, &Row::frame, "released, not inverting");
 }
 
 // Every way the tap or the hold can be refused, and that a refusal leaves nothing taken. A
@@ -216,8 +208,7 @@ TEST_F(DevicesOverTime, AMouseAndAKeyboardPluggedInLaterAreTakenAndTheirUnplugDr
     auto first = VirtualDevice::plug(usbMouse("Tolvane Test First Mouse"));
     start();
     openMonitor();
-    ASSERT_TRUE(layer->create(&invert, nullptr));
-    ASSERT_TRUE(layer->grab());
+    ASSERT_TRUE(layer->create(&invert, nullptr) && layer->grab());
     loop.settle(); // the clone's own arrival is seen here
     EXPECT_TRUE(added.empty()) << "a clone or a device present at open() came as an arrival";
     NodeReader firstClone(cloneOf(*first, "Tolvane Test First Mouse"));
@@ -370,6 +361,38 @@ TEST_F(DevicesOverTime, AnOverflowLeavesNoButtonDownAndNoMixedFrame) {
     }
     EXPECT_FALSE(clone.keyDown(BTN_LEFT)) << "the button stayed down on the clone";
     EXPECT_LT(motions, 3000u) << "no overflow happened, the case proves nothing";
+}
+
+// Sleep and resume, three times: every device goes and comes back within a second, its removal
+// seen first or announced in one batch with its return, then the keyboard back first, on the
+// mouse's old node. The hold stands, one clone each, the mouse reported gone and back once.
+TEST_F(DevicesOverTime, AfterEachResumeEveryDeviceIsTakenAgainWithOneClone) {
+    auto mouse = VirtualDevice::plug(usbMouse());
+    auto keyboard = VirtualDevice::plug(usbKeyboard());
+    start();
+    openMonitor();
+    ASSERT_TRUE(layer->create(&invert, nullptr) && layer->grab());
+    for (const int variant : {0, 1, 3}) { // 1: one batch, 2: the keyboard first
+        SCOPED_TRACE(variant);
+        removed.clear(), added.clear(), mouse.reset(), keyboard.reset();
+        if ((variant & 1) == 0) {
+            loop.settle();
+        }
+        keyboard = variant & 2 ? VirtualDevice::plug(usbKeyboard()) : nullptr;
+        mouse = VirtualDevice::plug(usbMouse());
+        keyboard = keyboard ? std::move(keyboard) : VirtualDevice::plug(usbKeyboard());
+        NodeReader keys(keyboard->path());
+        ASSERT_TRUE(loop.turnUntil([&] { return !keys.tryGrab(); }, 1s)) << "not held in 1 s";
+        NodeReader clone(cloneOf(*mouse, usbMouse().name)),
+            keysClone(cloneOf(*keyboard, usbKeyboard().name));
+        mouse->frame({{EV_REL, REL_WHEEL, 1}});
+        keyboard->tap(KEY_A);
+        loop.settle();
+        EXPECT_EQ(withoutSync(clone.readAll()), (Events{{EV_REL, REL_WHEEL, -1}}));
+        EXPECT_TRUE(keys.readAll().empty() && keysClone.readAll().empty()) << "a key leaked";
+        EXPECT_EQ(layer->current().size(), 1u);
+        EXPECT_EQ(std::pair(removed.size(), added.size()), std::pair(1ul, 1ul));
+    }
 }
 
 } // namespace

@@ -14,7 +14,6 @@ namespace tolvane::kerneltest {
 namespace {
 
 using Clock = std::chrono::steady_clock;
-using Events = std::vector<InputEvent>;
 using namespace std::chrono_literals;
 
 double msSince(Clock::time_point start) {

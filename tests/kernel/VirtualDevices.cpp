@@ -91,12 +91,6 @@ void VirtualDevice::frame(const std::vector<InputEvent>& events) {
 NodeReader::NodeReader(const std::string& path)
     : fd(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC)) {}
 
-NodeReader::~NodeReader() {
-    if (fd >= 0) {
-        ::close(fd);
-    }
-}
-
 std::vector<InputEvent> NodeReader::readAll(int ms) {
     pollfd p{fd, POLLIN, 0};
     ::poll(&p, 1, ms);
@@ -110,30 +104,16 @@ std::vector<InputEvent> NodeReader::readAll(int ms) {
     return events;
 }
 
-bool NodeReader::keyDown(std::uint16_t code) const {
-    std::array<unsigned char, KEY_CNT / 8 + 1> bits{};
-    ::ioctl(fd, EVIOCGKEY(bits.size()), bits.data());
-    return (bits[code / 8] >> (code % 8)) & 1;
-}
-
-bool NodeReader::hasType(std::uint16_t type) const {
-    std::array<unsigned char, EV_CNT / 8 + 1> bits{};
-    ::ioctl(fd, EVIOCGBIT(0, bits.size()), bits.data());
-    return (bits[type / 8] >> (type % 8)) & 1;
+bool NodeReader::bit(unsigned long request, unsigned index) const {
+    std::array<unsigned char, bitBytes> bits{};
+    ::ioctl(fd, request, bits.data());
+    return (bits[index / 8] >> (index % 8)) & 1;
 }
 
 bool NodeReader::tryGrab() {
     const bool free = grab();
     ungrab();
     return free;
-}
-
-bool NodeReader::grab() {
-    return ::ioctl(fd, EVIOCGRAB, 1) == 0;
-}
-
-void NodeReader::ungrab() {
-    ::ioctl(fd, EVIOCGRAB, 0);
 }
 
 std::vector<std::string> nodesNamed(const std::string& name,
@@ -151,11 +131,9 @@ std::vector<std::string> nodesNamed(const std::string& name,
     return found;
 }
 
-std::vector<InputEvent> withoutSync(const std::vector<InputEvent>& events) {
-    std::vector<InputEvent> kept;
-    std::copy_if(events.begin(), events.end(), std::back_inserter(kept),
-                 [](const InputEvent& e) { return e.type != EV_SYN && e.type != EV_MSC; });
-    return kept;
+std::vector<InputEvent> withoutSync(std::vector<InputEvent> events) {
+    std::erase_if(events, [](const InputEvent& e) { return e.type == EV_SYN || e.type == EV_MSC; });
+    return events;
 }
 
 } // namespace tolvane::kerneltest

@@ -3,6 +3,8 @@
 #include "TolvaneCore/InputEvent.h"
 
 #include <linux/input.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
 
 #include <cstdint>
 #include <memory>
@@ -51,20 +53,22 @@ private:
 class NodeReader {
 public:
     explicit NodeReader(const std::string& path);
-    ~NodeReader();
+    ~NodeReader() { ::close(fd); }
 
     bool isOpen() const { return fd >= 0; }
     int descriptor() const { return fd; }
     // Everything pending now (after waiting up to `ms` for something), SYN_REPORTs included.
     std::vector<InputEvent> readAll(int ms = 0);
     // EVIOCGKEY: note that it also drops the key events still queued for this reader.
-    bool keyDown(std::uint16_t code) const;
-    bool hasType(std::uint16_t type) const; // EVIOCGBIT(0)
+    bool keyDown(std::uint16_t code) const { return bit(EVIOCGKEY(bitBytes), code); }
+    bool hasType(std::uint16_t type) const { return bit(EVIOCGBIT(0, bitBytes), type); }
     bool tryGrab(); // true when nobody else holds the device; released again at once
-    bool grab();    // held until the reader closes
-    void ungrab();
+    bool grab() { return ::ioctl(fd, EVIOCGRAB, 1) == 0; } // held until the reader closes
+    void ungrab() { ::ioctl(fd, EVIOCGRAB, 0); }
 
 private:
+    static constexpr unsigned bitBytes = KEY_CNT / 8 + 1;
+    bool bit(unsigned long request, unsigned index) const; // of a bitmap EVIOCG* fills in
     int fd;
 };
 
@@ -73,6 +77,6 @@ std::vector<std::string> nodesNamed(const std::string& name,
                                     const std::vector<std::string>& except = {});
 
 // Only the events that carry input: no SYN_REPORT, no scan code.
-std::vector<InputEvent> withoutSync(const std::vector<InputEvent>& events);
+std::vector<InputEvent> withoutSync(std::vector<InputEvent> events);
 
 } // namespace tolvane::kerneltest

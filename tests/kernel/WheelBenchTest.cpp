@@ -19,14 +19,12 @@ TEST(WheelBench, CountsFramesThroughEachSubjectAndThoseWithTheWrongSign) {
         int arrived, wrong;
         const char* error;
     };
+    const char* broken = "the subject ended with status 3 before its device appeared";
     const Case cases[] = {{{"floor", 1, false, floor}, 300, 0, ""},
                           {{"tolvane", 8, true, tolvane}, 300, 0, ""},
                           {{"floor", 1, true, floor}, 0, 300, ""},
                           {{"tolvane", 1, false, tolvane}, 0, 300, ""},
-                          {{"broken", 1, true, "exit 3"},
-                           0,
-                           0,
-                           "the subject ended with status 3 before its device appeared"}};
+                          {{"broken", 1, true, "exit 3"}, 0, 0, broken}};
     std::vector<WheelSubject> subjects;
     for (const Case& c : cases) {
         subjects.push_back(c.subject);

@@ -64,7 +64,7 @@ void InputRouter::nodeAppeared(const std::string& node) {
             }
             return;
         }
-        nodeVanished(node); // the name of a device gone, reused for a new one
+        drop(node); // the name of a device gone, reused for a new one
     }
     Known& entry = known[node];
     if (!learn(node, entry)) {
@@ -80,6 +80,17 @@ void InputRouter::nodeAppeared(const std::string& node) {
 }
 
 void InputRouter::nodeVanished(const std::string& node) {
+    const auto found = known.find(node);
+    // A removal announced after the node's new device was learned is about the device before
+    // it: a node's removal changes its attributes too, and that comes first, as an arrival.
+    if (found != known.end() &&
+        (found->second.identity.empty() ||
+         sysfsIdentity(pathOf(node)) != std::optional(found->second.identity))) {
+        drop(node);
+    }
+}
+
+void InputRouter::drop(const std::string& node) {
     const auto found = known.find(node);
     if (found == known.end()) {
         return;
@@ -101,7 +112,7 @@ void InputRouter::reconcile() {
         }
     }
     for (const std::string& node : gone) {
-        nodeVanished(node);
+        drop(node);
     }
     for (const std::string& node : present) {
         nodeAppeared(node);

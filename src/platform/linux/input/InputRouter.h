@@ -35,6 +35,7 @@ public:
     InputRouter(const InputRouter&) = delete;
     InputRouter& operator=(const InputRouter&) = delete;
 
+    // What the node watch announces. A removal may come late, once the node is a new device's.
     void nodeAppeared(const std::string& node);
     void nodeVanished(const std::string& node);
     // After announcements were lost: drops the nodes gone, learns the new ones and those whose
@@ -73,6 +74,7 @@ private:
     static bool takesWheel(const Known& entry);
     static bool takesKeys(const Known& entry);
     std::string pathOf(const std::string& node) const;
+    void drop(const std::string& node); // forgets the node's device, its grab and its clone
     bool learn(const std::string& node, Known& known);
     bool allNodesReadable();
     Outcome applyRoles(const std::string& node, Known& known);

@@ -72,7 +72,7 @@ void InputRouter::onReadable(RoutedDevice& device) {
     // NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
     const std::string node = device.node();
     if (device.readPendingEvents() == RoutedDevice::ReadResult::vanished) {
-        nodeVanished(node);
+        drop(node);
     } else if (device.state() == GrabState::waiting && !device.settle()) {
         known[node].routed.reset(); // destroys `device`
     }
