@@ -73,6 +73,12 @@ END {
     latency(app, "1. Wheel latency, Tolvane as the application runs it (input layer on Qt's loop)",
             "at most 1.1 × floor", met)
     latency(layer, "1. Wheel latency, Tolvane's input layer alone (on a plain poll loop)", "", "")
+    # The same with Debian's udevd running, each against the floor measured beside it.
+    latency("floor-udevd/1", "1. Wheel latency with udevd, floor", "", "")
+    udevdRatio = value("tolvane-qt-udevd/1", "median_x")
+    latency("tolvane-qt-udevd/1", "1. Wheel latency with udevd, Tolvane as the application runs it",
+            "at most 1.1 × floor", udevdRatio == "missing" ? "**no**" : yesno(udevdRatio + 0 <= 1.1))
+    latency("tolvane-udevd/1", "1. Wheel latency with udevd, Tolvane's input layer alone", "", "")
     latency(peer, "1. Wheel latency, interception-tools (`interception -g` \\| negating filter \\| `uinput -d`)", "", "")
     if (has(app, "median_us") && has(peer, "median_us"))
         row("1. Tolvane's median against interception-tools'",

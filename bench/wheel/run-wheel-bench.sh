@@ -4,6 +4,8 @@
 # (tolvane-wheel) and on Qt's loop as the application runs it (tolvane-wheel-qt), Debian's
 # interception-tools (`interception -g`, Debian's name for `intercept`, piped through
 # negate-wheel into `uinput -d`), and Tolvane on Qt's loop again with 8 and 32 mice plugged.
+# Then Debian's udevd starts, as desktops run it, and the floor and both Tolvane programs run
+# again (labels ending in -udevd): Tolvane then follows udevd's announcements, not the folder.
 #
 #   run-wheel-bench.sh BIN_DIR WORK_DIR [FRAMES] [ROUNDS] [IDLE_SECONDS]
 #
@@ -57,11 +59,11 @@ fetch_interception_tools() {
 build_root() {
     local program
     start_guest_root "$root"
-    for program in wheel-latency wheel-floor negate-wheel tolvane-wheel; do
+    for program in wheel-latency wheel-floor negate-wheel tolvane-wheel tolvane-wheel-qt; do
         [ -x "$bin/$program" ] || fail "no $bin/$program: build the bench targets first"
-        add_static "$root" "$bin/$program"
+        add_dynamic "$root" "$bin/$program" "/bin/$program"
     done
-    add_dynamic "$root" "$bin/tolvane-wheel-qt" /bin/tolvane-wheel-qt
+    add_udevd "$root"
     for program in interception uinput; do
         LD_LIBRARY_PATH="$tools/usr/lib/x86_64-linux-gnu" \
             add_dynamic "$root" "$tools/usr/bin/$program" "/opt/interception/$program"
@@ -82,7 +84,11 @@ boot_guest "$root" 768 900 "/bin/wheel-latency $frames $rounds $idle \\
     'tolvane-qt 1 negated exec /bin/tolvane-wheel-qt' \\
     'interception-tools 1 negated /opt/interception/interception -g \"\$BENCH_DEVICE\" | /bin/negate-wheel | /opt/interception/uinput -d \"\$BENCH_DEVICE\"' \\
     'tolvane-qt 8 negated exec /bin/tolvane-wheel-qt' \\
-    'tolvane-qt 32 negated exec /bin/tolvane-wheel-qt'"
+    'tolvane-qt 32 negated exec /bin/tolvane-wheel-qt' && $start_udevd &&
+    /bin/wheel-latency $frames $rounds $idle \\
+    'floor-udevd 1 same exec /bin/wheel-floor \"\$BENCH_DEVICE\"' \\
+    'tolvane-udevd 1 negated exec /bin/tolvane-wheel' \\
+    'tolvane-qt-udevd 1 negated exec /bin/tolvane-wheel-qt'"
 grep '^wheel:' "$work/guest.txt" || fail "the guest printed no figures (see $work/guest.txt)"
 result=$(guest_result) || exit 1
 [ "$result" = 0 ] || fail "not every frame came through (exit $result, see $work/guest.txt)"

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <fstream>
 #include <sys/ioctl.h>
+#include <sys/socket.h>
 
 namespace tolvane::kerneltest {
 namespace {
@@ -302,6 +303,35 @@ TEST_F(DevicesOverTime, AfterLostAnnouncementsAReusedNodeNamesTheNewDevice) {
     EXPECT_TRUE(NodeReader(keyboard->path()).tryGrab()) << "the gone keyboard is still held";
     NodeReader clone(cloneOf(*mouse, usbMouse().name));
     mouse->frame({{EV_REL, REL_WHEEL, 1}});
+    loop.settle();
+    EXPECT_EQ(withoutSync(clone.readAll()), (Events{{EV_REL, REL_WHEEL, -1}}));
+}
+
+// The same with udevd: its announcements overran the monitor's socket while a mouse went,
+// keyboards came and another mouse after them.
+TEST_F(DevicesOverTime, AfterAnOverrunOfUdevsAnnouncementsWhatIsPresentIsTaken) {
+    ASSERT_EQ(::access("/run/udev/control", F_OK), 0) << "no udevd in the guest";
+    auto first = VirtualDevice::plug(usbMouse("Tolvane Test First Mouse"));
+    start();
+    for (int fd = 0; fd < 64; ++fd) { // the monitor's socket, the one netlink socket here
+        int domain = 0, smallest = 1;
+        socklen_t size = sizeof domain;
+        if (::getsockopt(fd, SOL_SOCKET, SO_DOMAIN, &domain, &size) == 0 && domain == AF_NETLINK) {
+            ::setsockopt(fd, SOL_SOCKET, SO_RCVBUF, &smallest, sizeof smallest);
+        }
+    }
+    openMonitor();
+    ASSERT_TRUE(layer->create(&invert, nullptr));
+    std::vector<std::unique_ptr<VirtualDevice>> devices;
+    first.reset();
+    for (const char* name : {"One", "Two", "Three", "Four", "Five", "Six"}) {
+        devices.push_back(VirtualDevice::plug(usbKeyboard(std::string("Tolvane Test ") + name)));
+    }
+    auto later = VirtualDevice::plug(usbMouse("Tolvane Test Later Mouse"));
+    ASSERT_EQ(std::system("udevadm settle"), 0); // all sent while the loop stands still
+    ASSERT_TRUE(loop.turnUntil([&] { return removed.size() == 1 && added.size() == 1; }));
+    NodeReader clone(cloneOf(*later, "Tolvane Test Later Mouse"));
+    later->frame({{EV_REL, REL_WHEEL, 1}});
     loop.settle();
     EXPECT_EQ(withoutSync(clone.readAll()), (Events{{EV_REL, REL_WHEEL, -1}}));
 }

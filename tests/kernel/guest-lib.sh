@@ -2,7 +2,8 @@
 # The one way to boot a stock Debian kernel under qemu with given programs, used by the kernel
 # tier, the lock session and the wheel benchmark. Sourced, not run. The caller sets `work`
 # (its build folder) and `tier` (the word that starts its failure lines), then:
-#   prepare_guest; start_guest_root ROOT; add_static / add_dynamic / add_tree / add_x_session;
+#   prepare_guest; start_guest_root ROOT; add_static / add_dynamic / add_tree / add_x_session /
+#   add_udevd;
 #   boot_guest ROOT MEMORY_MB SECONDS COMMANDS; guest_result
 # The guest makes its virtual devices itself, through uinput. The kernel (vmlinux, config,
 # evdev.ko, uinput.ko) is cached in $TOLVANE_KERNEL_CACHE (default ~/.cache/tolvane-kernel).
@@ -109,6 +110,21 @@ add_tree() {
         cp -rL "$path" "$root/$path"
     done
 }
+
+# Debian's udevd with the udev package's own rules, as every desktop runs it. The guest's
+# COMMANDS start it with $start_udevd, which returns once it has handled the devices present.
+add_udevd() {
+    local root=$1
+    add_dynamic "$root" /bin/udevadm /bin/udevadm
+    mkdir -p "$root/lib/systemd" "$root/etc/udev" "$root/run"
+    ln -sf /bin/udevadm "$root/lib/systemd/systemd-udevd"
+    # shellcheck disable=SC2046
+    add_tree "$root" $(dpkg -L udev | grep -E '^/(usr/)?lib/udev/rules\.d/.*\.rules$')
+    grep -q '^input:' "$root/etc/group" 2>/dev/null || echo 'input:x:101:' >>"$root/etc/group"
+}
+# shellcheck disable=SC2034
+start_udevd='mount -t tmpfs tmpfs /run && /lib/systemd/systemd-udevd --daemon &&
+udevadm trigger --action=add && udevadm settle'
 
 # What a Qt program on Xvfb needs: the xcb and SVG plugins, fonts, keymaps, locale tables, the
 # session bus settings and a root user.

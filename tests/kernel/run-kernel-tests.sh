@@ -6,8 +6,9 @@
 #   run-kernel-tests.sh TEST_PROGRAM WORK_DIR [PROGRAM...]
 #   run-kernel-tests.sh --case GUEST_LOG SUITE.NAME   (prints the case's lines; fails unless OK)
 #
-# The further programs, linked statically, go to /bin in the guest for the cases that start
-# them (the wheel benchmark's floor and Tolvane's wheel program). TOLVANE_KERNEL_FILTER, when
+# The further programs go to /bin in the guest for the cases that start them (the wheel
+# benchmark's floor and Tolvane's wheel program). Debian's udevd runs in the guest, as on every
+# desktop; the cases that need its absence watch a device folder of their own. TOLVANE_KERNEL_FILTER, when
 # set, is handed to the test program as its --gtest_filter (for work on a single case).
 set -eu
 
@@ -27,8 +28,11 @@ exec 9>"$work/.lock"
 flock 9
 prepare_guest
 start_guest_root "$work/root"
-add_static "$work/root" "$program" "$@"
-boot_guest "$work/root" 512 150 "/bin/${program##*/} --gtest_color=no \
+for file in "$program" "$@"; do
+    add_dynamic "$work/root" "$file" "/bin/${file##*/}"
+done
+add_udevd "$work/root"
+boot_guest "$work/root" 512 150 "$start_udevd && /bin/${program##*/} --gtest_color=no \
 --gtest_filter='${TOLVANE_KERNEL_FILTER:-*}'"
 grep -E '^\[' "$work/guest.txt" || true
 result=$(guest_result) || exit 1

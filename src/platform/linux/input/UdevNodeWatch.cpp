@@ -1,10 +1,8 @@
 // Where udevd runs, its netlink announcements are the reliable sign that a new input node is
 // ready: they come after udev has set the node's owner and access list. The thing easy to get
 // wrong: the kernel's own uevents come earlier, before permissions are set, so the monitor
-// must listen to "udev", not "kernel". The build for the test kernel has no libudev at all.
+// must listen to "udev", not "kernel".
 #include "platform/linux/input/NodeWatch.h"
-
-#ifndef TOLVANE_INPUT_WITHOUT_UDEV
 
 #include <libudev.h>
 
@@ -79,17 +77,3 @@ std::unique_ptr<NodeWatch> watchNodesWithUdev(EventLoop& loop, NodeCallbacks cal
 }
 
 } // namespace tolvane::oslinux
-
-#else
-
-namespace tolvane::oslinux {
-
-// By value as declared: the udev watch keeps the callbacks it is given.
-// NOLINTNEXTLINE(performance-unnecessary-value-param)
-std::unique_ptr<NodeWatch> watchNodesWithUdev(EventLoop&, NodeCallbacks) {
-    return nullptr;
-}
-
-} // namespace tolvane::oslinux
-
-#endif
