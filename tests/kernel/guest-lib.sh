@@ -89,14 +89,15 @@ add_static() {
 }
 
 # add_dynamic ROOT FILE DESTINATION: a program or plugin with the libraries it loads, as ldd
-# resolves them (LD_LIBRARY_PATH included), in the folder where the loader looks without a cache.
+# resolves them (LD_LIBRARY_PATH included), in the folder where the loader looks without a
+# cache. A static program is copied alone.
 add_dynamic() {
     local root=$1 libdir=$1/usr/lib/x86_64-linux-gnu library
     mkdir -p "$root/$(dirname "$3")" "$libdir"
     cp -L "$2" "$root/$3"
     [ -e "$root/lib/x86_64-linux-gnu" ] || ln -s ../usr/lib/x86_64-linux-gnu "$root/lib/x86_64-linux-gnu"
     [ -e "$root/lib64/ld-linux-x86-64.so.2" ] || cp -L /lib64/ld-linux-x86-64.so.2 "$root/lib64/"
-    for library in $(ldd "$2" | awk '$2 == "=>" && $3 ~ /^\// {print $3}'); do
+    for library in $(ldd "$2" 2>/dev/null | awk '$2 == "=>" && $3 ~ /^\// {print $3}'); do
         [ -e "$libdir/${library##*/}" ] || cp -L "$library" "$libdir/"
     done
 }
