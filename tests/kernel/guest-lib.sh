@@ -2,8 +2,7 @@
 # The one way to boot a stock Debian kernel under qemu with given programs, used by the kernel
 # tier, the lock session and the wheel benchmark. Sourced, not run. The caller sets `work`
 # (its build folder) and `tier` (the word that starts its failure lines), then:
-#   prepare_guest; start_guest_root ROOT; add_static / add_dynamic / add_tree / add_x_session /
-#   add_udevd;
+#   prepare_guest; start_guest_root ROOT; add_dynamic / add_tree / add_x_session / add_udevd;
 #   boot_guest ROOT MEMORY_MB SECONDS COMMANDS; guest_result
 # The guest makes its virtual devices itself, through uinput. The kernel (vmlinux, config,
 # evdev.ko, uinput.ko) is cached in $TOLVANE_KERNEL_CACHE (default ~/.cache/tolvane-kernel).
@@ -79,13 +78,6 @@ start_guest_root() {
     mkdir -p "$1"/{bin,sbin,usr/bin,usr/sbin,proc,sys,dev,tmp,lib,lib64}
     cp /bin/busybox "$1/bin/busybox"
     cp "$cache/evdev.ko" "$cache/uinput.ko" "$1/lib/"
-}
-
-# add_static ROOT FILE...: statically linked programs, to /bin.
-add_static() {
-    local root=$1
-    shift
-    cp "$@" "$root/bin/"
 }
 
 # add_dynamic ROOT FILE DESTINATION: a program or plugin with the libraries it loads, as ldd
