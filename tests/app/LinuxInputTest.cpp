@@ -2,17 +2,15 @@
 #include "platform/linux/QtEventLoop.h"
 #include "platform/linux/input/NodeWatch.h"
 
-#include <QCoreApplication>
 #include <QDir>
-#include <QElapsedTimer>
 #include <QFile>
 #include <QTemporaryDir>
+#include <QTest>
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstdio>
-#include <functional>
 #include <string>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -20,15 +18,6 @@
 
 namespace tolvane::testing {
 namespace {
-
-bool processUntil(const std::function<bool()>& done, int limitMs = 2000) {
-    QElapsedTimer clock;
-    clock.start();
-    while (!done() && clock.elapsed() <= limitMs) {
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
-    }
-    return done();
-}
 
 TEST(QtEventLoopTest, CallsTheLastWatchOnReadableAndStopsWhenUnwatchedFromItsOwnCallback) {
     oslinux::QtEventLoop loop;
@@ -43,9 +32,9 @@ TEST(QtEventLoopTest, CallsTheLastWatchOnReadableAndStopsWhenUnwatchedFromItsOwn
         loop.unwatch(ends[0]);
     });
     EXPECT_EQ(::write(ends[1], "x", 1), 1);
-    EXPECT_TRUE(processUntil([&] { return calls == 1; }));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return calls == 1; }));
     EXPECT_EQ(::write(ends[1], "x", 1), 1);
-    processUntil([] { return false; }, 100);
+    QTest::qWait(100);
     EXPECT_EQ(calls, 1);
     EXPECT_EQ(first, 0);
     ::close(ends[0]);
@@ -80,7 +69,7 @@ TEST(InotifyNodeWatchTest, AnnouncesEventNodesAsTheyComeChangeAndGo) {
          {}});
     ASSERT_NE(watch, nullptr);
     const auto settle = [&] {
-        processUntil([] { return false; }, 50);
+        QTest::qWait(50);
         std::vector<std::string> got;
         got.swap(seen);
         return got;
