@@ -18,12 +18,6 @@
 namespace tolvane::testing {
 namespace {
 
-QImage filled(QSize size, QColor colour) {
-    QImage image(size, QImage::Format_ARGB32_Premultiplied);
-    image.fill(colour);
-    return image;
-}
-
 // One overlay of 1000 by 700 counting its unlock calls.
 class Overlay : public ::testing::Test {
 protected:
@@ -39,7 +33,8 @@ protected:
     }
     // The overlay and its children painted onto a transparent picture, as its window shows it.
     QImage picture() {
-        QImage image = filled(overlay->size(), Qt::transparent);
+        QImage image(overlay->size(), QImage::Format_ARGB32_Premultiplied);
+        image.fill(Qt::transparent);
         overlay->render(&image, QPoint(), QRegion(), QWidget::DrawChildren);
         return image;
     }
@@ -51,7 +46,8 @@ protected:
 };
 
 TEST_F(Overlay, DarkensTheBlurredScreenPictureOrWithoutOneIsASeeThroughLayer) {
-    QImage screen = filled(QSize(1000, 700), QColor(200, 40, 40));
+    QImage screen(1000, 700, QImage::Format_ARGB32_Premultiplied);
+    screen.fill(QColor(200, 40, 40));
     QPainter(&screen).fillRect(500, 0, 500, 700, QColor(40, 40, 200));
     make(blurredBackdrop(screen));
     QImage shot = picture();
