@@ -127,8 +127,7 @@ TEST(GSettingsScrollSetting, ReadsTheDesktopsNaturalScrollOrNothingWithoutTheSch
     EXPECT_EQ(oslinux::GSettingsScrollSetting().naturalScroll(), std::nullopt) << "no key";
     for (bool natural : {true, false}) {
         install("natural-scroll", natural);
-        oslinux::GSettingsScrollSetting setting;
-        EXPECT_EQ(setting.naturalScroll(), natural);
+        EXPECT_EQ(oslinux::GSettingsScrollSetting().naturalScroll(), natural);
     }
     { oslinux::GSettingsScrollSetting unused; }
     EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1) << "a reader was not reaped";
