@@ -14,16 +14,12 @@
 namespace tolvane::testing {
 namespace {
 
-QWidget* rowOf(QAction* action) {
-    auto* hosted = qobject_cast<QWidgetAction*>(action);
-    return hosted ? hosted->defaultWidget() : nullptr;
-}
-
 // One line for each item: rows by kind, plain items with their check mark, image and keys.
 Lines describe(QMenu* menu) {
     Lines lines;
     for (QAction* action : menu->actions()) {
-        QWidget* row = rowOf(action);
+        auto* hosted = qobject_cast<QWidgetAction*>(action);
+        QWidget* row = hosted ? hosted->defaultWidget() : nullptr;
         std::string line = action->isSeparator()                  ? "---"
                            : dynamic_cast<HeaderView*>(row)       ? "[header]"
                            : dynamic_cast<StatsView*>(row)        ? "[stats]"
@@ -53,7 +49,7 @@ Lines itemsIn(const std::string& table) {
 
 // A left click on the row of item `index`, on the card of a clean row.
 void clickRow(QMenu* menu, int index) {
-    QWidget* row = rowOf(menu->actions()[index]);
+    QWidget* row = qobject_cast<QWidgetAction*>(menu->actions()[index])->defaultWidget();
     auto* clean = dynamic_cast<CleanKeyboardRow*>(row);
     const QPoint at = clean ? clean->buttonRect().center().toPoint() : row->rect().center();
     QTest::mouseClick(menu->windowHandle(), Qt::LeftButton, {}, row->mapTo(menu, at));
