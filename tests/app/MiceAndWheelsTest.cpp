@@ -65,14 +65,13 @@ TEST_F(MouseMonitorTest, ReportsOnlyChangesBetweenNoMouseAndSome) {
     EXPECT_EQ(reports, std::vector<bool>{true}) << "reported from inside a device callback";
     settle();
     EXPECT_EQ(reports, (std::vector<bool>{true, false, true, false}));
-    EXPECT_EQ(
-        recorder().matching("log: "),
-        (std::vector<std::string>{"log: Tolvane: mouse connected: USB Mouse (1 present)",
-                                  "log: Tolvane: mouse connected: BT Mouse (2 present)",
-                                  "log: Tolvane: mouse disconnected: USB Mouse (1 present)",
-                                  "log: Tolvane: mouse disconnected: BT Mouse (0 present)",
-                                  "log: Tolvane: mouse connected: unknown device (1 present)",
-                                  "log: Tolvane: mouse disconnected: unknown device (0 present)"}));
+    EXPECT_EQ(recorder().matching("log: "),
+              (Lines{"log: Tolvane: mouse connected: USB Mouse (1 present)",
+                     "log: Tolvane: mouse connected: BT Mouse (2 present)",
+                     "log: Tolvane: mouse disconnected: USB Mouse (1 present)",
+                     "log: Tolvane: mouse disconnected: BT Mouse (0 present)",
+                     "log: Tolvane: mouse connected: unknown device (1 present)",
+                     "log: Tolvane: mouse disconnected: unknown device (0 present)"}));
 }
 
 // A report whose monitor is gone, or that comes before a callback is set, is dropped.

@@ -14,16 +14,12 @@
 namespace tolvane::testing {
 namespace {
 
-QWidget* rowOf(QAction* action) {
-    auto* hosted = qobject_cast<QWidgetAction*>(action);
-    return hosted ? hosted->defaultWidget() : nullptr;
-}
-
 // One line for each item: rows by kind, plain items with their check mark, image and keys.
 Lines describe(QMenu* menu) {
     Lines lines;
     for (QAction* action : menu->actions()) {
-        QWidget* row = rowOf(action);
+        auto* hosted = qobject_cast<QWidgetAction*>(action);
+        QWidget* row = hosted ? hosted->defaultWidget() : nullptr;
         std::string line = action->isSeparator()                  ? "---"
                            : dynamic_cast<HeaderView*>(row)       ? "[header]"
                            : dynamic_cast<StatsView*>(row)        ? "[stats]"
@@ -53,7 +49,7 @@ Lines itemsIn(const std::string& table) {
 
 // A left click on the row of item `index`, on the card of a clean row.
 void clickRow(QMenu* menu, int index) {
-    QWidget* row = rowOf(menu->actions()[index]);
+    QWidget* row = qobject_cast<QWidgetAction*>(menu->actions()[index])->defaultWidget();
     auto* clean = dynamic_cast<CleanKeyboardRow*>(row);
     const QPoint at = clean ? clean->buttonRect().center().toPoint() : row->rect().center();
     QTest::mouseClick(menu->windowHandle(), Qt::LeftButton, {}, row->mapTo(menu, at));
@@ -128,8 +124,12 @@ TEST_F(StatusMenu, ItemsAndTheirShortcutsActAndTheNextMenuShowsTheResult) {
                      "log: Tolvane: login item change failed: Permission denied"}));
 }
 
-// The sampler's repeating timer is fired by hand: no waiting for its interval.
-TEST_F(StatusMenu, TheSamplerRunsOnlyWhileAMenuOrThePanelWindowShows) {
+// A click on the tray icon opens the menu, a middle click nothing. The panel window that
+// "Open Tolvane" brings is never doubled and closes on Escape, when another window takes the
+// focus, and when a click on the clean row alone starts the keyboard cleaning, which locks after
+// a delay. The sampler runs only while a menu or the panel window shows; its repeating timer is
+// fired by hand, with no waiting for its interval.
+TEST_F(StatusMenu, TheTrayIconOpensTheMenuAndThePanelWindowSamplesAndClosesLikeOne) {
     launch(true);
     SystemStats& stats = delegate->statsForTesting();
     const auto tick = [&stats] {
@@ -139,43 +139,34 @@ TEST_F(StatusMenu, TheSamplerRunsOnlyWhileAMenuOrThePanelWindowShows) {
         }
     };
     const int before = fakes().host.samples;
+    emit delegate->trayIcon()->activated(QSystemTrayIcon::MiddleClick);
+    EXPECT_FALSE(delegate->menu()->isVisible());
     EXPECT_FALSE(stats.isSampling());
-    QMenu* menu = openMenu();
+    emit delegate->trayIcon()->activated(QSystemTrayIcon::Trigger);
+    EXPECT_TRUE(delegate->menu()->isVisible());
     EXPECT_EQ(fakes().host.samples, before + 1);
-    menu->popup(QPoint(60, 60)); // a second opening without a close changes nothing
+    delegate->menu()->popup(QPoint(60, 60)); // a second opening without a close changes nothing
     tick();
     EXPECT_EQ(fakes().host.samples, before + 2);
 
     itemNamed(delegate->hostDrawnMenu(), "Open Tolvane")->trigger();
-    settle();
-    ASSERT_TRUE(delegate->menuWindow() && delegate->menuWindow()->isVisible());
-    menu->hide();
+    QPointer<QMenu> window = delegate->menuWindow();
+    ASSERT_TRUE(window && QTest::qWaitForWindowActive(window));
+    delegate->menu()->hide();
     settle();
     tick();
     EXPECT_EQ(fakes().host.samples, before + 3) << "the panel window still shows";
-    QTest::keyClick(delegate->menuWindow()->windowHandle(), Qt::Key_Escape);
+    QTest::keyClick(window->windowHandle(), Qt::Key_Escape);
     settle();
     EXPECT_FALSE(delegate->menuWindow());
     tick();
     EXPECT_FALSE(stats.isSampling());
     EXPECT_EQ(fakes().host.samples, before + 3);
-}
 
-// A click on the tray icon opens the menu, a middle click nothing. The panel window that
-// "Open Tolvane" brings is never doubled, closes when another window takes the focus, and goes
-// when a click on the clean row alone starts the keyboard cleaning, which locks after a delay.
-TEST_F(StatusMenu, TheTrayIconOpensTheMenuAndThePanelWindowClosesLikeOne) {
-    launch(true);
-    emit delegate->trayIcon()->activated(QSystemTrayIcon::MiddleClick);
-    EXPECT_FALSE(delegate->menu()->isVisible());
-    emit delegate->trayIcon()->activated(QSystemTrayIcon::Trigger);
-    EXPECT_TRUE(delegate->menu()->isVisible());
-    delegate->menu()->hide();
-
-    itemNamed(delegate->hostDrawnMenu(), "Open Tolvane")->trigger();
-    QPointer<QMenu> window = delegate->menuWindow();
-    ASSERT_TRUE(window && QTest::qWaitForWindowActive(window));
     delegate->openMenu(); // as a second start asks
+    window = delegate->menuWindow();
+    ASSERT_TRUE(window && QTest::qWaitForWindowActive(window));
+    delegate->openMenu();
     EXPECT_EQ(delegate->menuWindow(), window);
     QWidget other;
     other.show();

@@ -76,10 +76,7 @@ bool setOffscreenScreens(std::vector<OffscreenScreen> screens) {
                                    {"x", s.geometry.x()},
                                    {"y", s.geometry.y()},
                                    {"width", s.geometry.width()},
-                                   {"height", s.geometry.height()},
-                                   {"logicalDpi", 96},
-                                   {"logicalBaseDpi", 96},
-                                   {"dpr", 1.0}});
+                                   {"height", s.geometry.height()}});
     }
     using SetConfiguration = void (*)(const QJsonObject&, QPlatformNativeInterface*);
     reinterpret_cast<SetConfiguration>(call)(QJsonObject{{"screens", entries}}, native);

@@ -14,11 +14,6 @@ namespace {
 
 using testing::TableRow, testing::readTable;
 
-// A cell's number, "-" for none.
-std::optional<std::uint64_t> number(const std::string& cell) {
-    return cell == "-" ? std::nullopt : std::optional(std::stoull(cell));
-}
-
 TEST(CpuTicksFromProcStat, SumsBusyAndTotalFromTheFirstLineWithPlainCountersThatFit) {
     const auto sum = [](const std::string& terms) {
         std::istringstream in(terms);
@@ -41,8 +36,7 @@ TEST(CpuTicksFromProcStat, SumsBusyAndTotalFromTheFirstLineWithPlainCountersThat
 
 TEST(MemoryInfoFromProcMeminfo, ReadsTotalAndAvailableInBytes) {
     const auto bytes = [](const std::string& kB) {
-        const auto value = number(kB);
-        return value ? std::optional(*value * 1024) : std::nullopt;
+        return kB == "-" ? std::nullopt : std::optional(std::stoull(kB) * 1024);
     };
     for (const TableRow& row : readTable("proc-meminfo.txt", 4)) {
         const auto info = memoryInfoFromProcMeminfo(row[0]);
