@@ -150,11 +150,13 @@ TEST_F(DeviceRoles, ARefusedTapOrHoldLeavesNothingTaken) {
         {"another program holds the mouse", true, false, false, true, false, true, true},
         {"uinput refuses to clone one wheel", true, false, false, false, true, true, true},
     };
-    for (const Case& c : cases) {
+    auto mouse = VirtualDevice::plug(usbMouse());
+    auto keyboard = VirtualDevice::plug(usbKeyboard());
+    auto second = VirtualDevice::plug(usbKeyboard("Tolvane Test Second Keyboard"));
+    auto refused =
+        VirtualDevice::plug({"Tolvane Test Refused Wheel", BUS_USB, {REL_WHEEL}, {}, {ABS_X}});
+    for (const Case& c : cases) { // the unclonable row last: it spoils the refused wheel
         SCOPED_TRACE(c.what);
-        auto mouse = VirtualDevice::plug(usbMouse());
-        auto keyboard = VirtualDevice::plug(usbKeyboard());
-        auto second = VirtualDevice::plug(usbKeyboard("Tolvane Test Second Keyboard"));
         FakeDeviceRoot root;
         for (const auto* device : {mouse.get(), keyboard.get(), second.get()}) {
             root.linkNode(device->node(), device->path());
@@ -165,8 +167,6 @@ TEST_F(DeviceRoles, ARefusedTapOrHoldLeavesNothingTaken) {
         if (c.bogusNode) {
             root.linkNode("event999", "");
         }
-        auto refused =
-            VirtualDevice::plug({"Tolvane Test Refused Wheel", BUS_USB, {REL_WHEEL}, {}, {ABS_X}});
         if (c.unclonable) { // a range no uinput device may have
             const input_absinfo upsideDown{0, 100, 0, 0, 0, 0};
             ::ioctl(NodeReader(refused->path()).descriptor(), EVIOCSABS(ABS_X), &upsideDown);
