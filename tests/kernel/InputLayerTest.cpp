@@ -344,14 +344,20 @@ TEST_F(DevicesOverTime, KeysDownWhenTheHoldBeginsAreReleasedAndTheKeyboardTakenA
     start();
     ASSERT_TRUE(layer->create(&invert, nullptr));
     NodeReader desktop(keyboard->path()), clone(cloneOf(*consumer, consumerControl().name));
+    // A slow guest may hold the keys long enough for their own repeats before the hold.
+    const auto withoutRepeats = [](NodeReader& reader) {
+        Events seen = withoutSync(reader.readAll());
+        std::erase_if(seen, [](InputEvent e) { return e.value == 2; });
+        return seen;
+    };
     keyboard->key(KEY_A, 1);
     consumer->key(KEY_MUTE, 1);
     loop.settle();
-    EXPECT_EQ(withoutSync(clone.readAll()), (Events{{EV_KEY, KEY_MUTE, 1}}));
+    EXPECT_EQ(withoutRepeats(clone), (Events{{EV_KEY, KEY_MUTE, 1}}));
     ASSERT_TRUE(layer->grab());
     EXPECT_FALSE(desktop.tryGrab()) << "the keyboard stayed live while a key was down";
-    EXPECT_EQ(withoutSync(clone.readAll()), (Events{{EV_KEY, KEY_MUTE, 0}}));
-    EXPECT_EQ(withoutSync(desktop.readAll()), (Events{{EV_KEY, KEY_A, 1}, {EV_KEY, KEY_A, 0}}));
+    EXPECT_EQ(withoutRepeats(clone), (Events{{EV_KEY, KEY_MUTE, 0}}));
+    EXPECT_EQ(withoutRepeats(desktop), (Events{{EV_KEY, KEY_A, 1}, {EV_KEY, KEY_A, 0}}));
     keyboard->key(KEY_A, 0);
     consumer->key(KEY_MUTE, 0);
     loop.settle();
