@@ -83,7 +83,8 @@ void UinputClone::passOutputsTo(EventLoop& loop, int deviceFd) {
 
 void UinputClone::passOutputs() {
     std::array<input_event, frameCapacity> in{};
-    for (ssize_t n; (n = ::read(uinputFd, in.data(), sizeof in)) > 0;) {
+    const std::size_t room = (in.size() - 1) * sizeof(input_event); // and the SYN_REPORT after
+    for (ssize_t n; (n = ::read(uinputFd, in.data(), room)) > 0;) {
         std::size_t kept = 0;
         for (std::size_t i = 0; i < static_cast<std::size_t>(n) / sizeof(input_event); ++i) {
             if (in[i].type == EV_LED || in[i].type == EV_SND) {
