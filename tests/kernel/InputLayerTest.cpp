@@ -399,17 +399,26 @@ TEST_F(DevicesOverTime, AnOverflowLeavesNoButtonDownAndNoMixedFrame) {
     EXPECT_LT(motions, 3000u) << "no overflow happened, the case proves nothing";
 }
 
-// Sleep and resume, three times: every device goes and comes back within a second, its removal
-// seen first or announced in one batch with its return, then the keyboard back first, on the
-// mouse's old node. The hold stands, one clone each, the mouse reported gone and back once.
+// Sleep and resume, three times, with udevd and without: every device goes and comes back within
+// a second, its removal seen first or announced in one batch with its return, then the keyboard
+// back first, on the mouse's old node. The hold stands, one clone each, the mouse reported gone
+// and back once.
 TEST_F(DevicesOverTime, AfterEachResumeEveryDeviceIsTakenAgainWithOneClone) {
-    auto mouse = VirtualDevice::plug(usbMouse());
-    auto keyboard = VirtualDevice::plug(usbKeyboard());
-    start();
-    openMonitor();
-    ASSERT_TRUE(layer->create(&invert, nullptr) && layer->grab());
-    for (const int variant : {0, 1, 3}) { // 1: one batch, 2: the keyboard first
+    std::unique_ptr<VirtualDevice> mouse, keyboard;
+    for (const int variant : {0, 1, 3, 4, 5, 7}) { // 1: one batch, 2: keyboard first, 4: no udevd
         SCOPED_TRACE(variant);
+        if (variant == 0 || variant == 4) { // a layer that follows udevd, then one without it
+            layer.reset();
+            mouse = VirtualDevice::plug(usbMouse());
+            keyboard = VirtualDevice::plug(usbKeyboard());
+            const bool hidden = variant == 4 && ::rename("/run/udev/control", "/run/udev/x") == 0;
+            start();
+            if (hidden) {
+                ::rename("/run/udev/x", "/run/udev/control");
+            }
+            openMonitor();
+            ASSERT_TRUE(layer->create(&invert, nullptr) && layer->grab());
+        }
         removed.clear(), added.clear(), mouse.reset(), keyboard.reset();
         if ((variant & 1) == 0) {
             loop.settle();
@@ -417,8 +426,9 @@ TEST_F(DevicesOverTime, AfterEachResumeEveryDeviceIsTakenAgainWithOneClone) {
         keyboard = variant & 2 ? VirtualDevice::plug(usbKeyboard()) : nullptr;
         mouse = VirtualDevice::plug(usbMouse());
         keyboard = keyboard ? std::move(keyboard) : VirtualDevice::plug(usbKeyboard());
-        NodeReader keys(keyboard->path());
-        ASSERT_TRUE(loop.turnUntil([&] { return !keys.tryGrab(); }, 1s)) << "not held in 1 s";
+        NodeReader keys(keyboard->path()), wheel(mouse->path());
+        ASSERT_TRUE(loop.turnUntil([&] { return !keys.tryGrab() && !wheel.tryGrab(); }, 1s))
+            << "not both taken again in 1 s";
         NodeReader clone(cloneOf(*mouse, usbMouse().name)),
             keysClone(cloneOf(*keyboard, usbKeyboard().name));
         mouse->frame({{EV_REL, REL_WHEEL, 1}});
