@@ -3,7 +3,7 @@
 // loop is the kernel tier's plain poll() loop, turned until the process is ended.
 #include "TolvaneCore/WheelEvents.h"
 #include "kernel/PollLoop.h"
-#include "platform/linux/input/InputRouter.h"
+#include "InputService/router/InputRouter.h"
 
 #include <chrono>
 #include <cstdio>

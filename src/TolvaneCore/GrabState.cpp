@@ -15,14 +15,12 @@ GrabStep grabStep(GrabState state, GrabEvent event) {
     case GrabEvent::grabbedKeyDown:
         return {waiting, grabUngrab | (watched ? grabNone : grabWatch)};
     case GrabEvent::grabbedIdle:
-        return {grabbed, grabTrack | (watched ? grabNone : grabWatch)};
+        return {grabbed, watched ? grabNone : grabWatch};
     case GrabEvent::unwanted:
         if (state == grabbed) {
-            return {loose, grabUntrack | grabUngrab | grabUnwatch};
+            return {loose, grabUngrab | grabUnwatch};
         }
         return {loose, watched ? grabUnwatch : grabNone};
-    case GrabEvent::watchdogRelease:
-        return {state == grabbed ? waiting : state, grabNone};
     }
     return {state, grabNone};
 }

@@ -3,8 +3,8 @@
 namespace tolvane {
 
 // Where one taken input device stands. `loose`: neither grabbed nor read. `waiting`: read
-// (watched) until nothing on it is down, then grabbed. `grabbed`: held exclusively, read, and
-// on the watchdog's list. A device may only be grabbed while nothing on it is down, or the
+// (watched) until nothing on it is down, then grabbed. `grabbed`: held exclusively and read.
+// A device may only be grabbed while nothing on it is down, or the
 // desktop keeps that key pressed: the key state is checked before the grab and again after it.
 enum class GrabState { loose, waiting, grabbed };
 
@@ -16,17 +16,14 @@ enum class GrabEvent {
     grabbedKeyDown,  // the grab held, but a press slipped in before it
     grabbedIdle,     // the grab held with nothing down
     unwanted,        // no role wants the device any more
-    watchdogRelease, // the watchdog let go of the grab while the loop stood still
 };
 
 // What the owner does for a transition, in this order.
 inline constexpr unsigned grabNone = 0;
-inline constexpr unsigned grabUntrack = 1U << 0; // take the descriptor off the watchdog's list
-inline constexpr unsigned grabUngrab = 1U << 1;
-inline constexpr unsigned grabUnwatch = 1U << 2; // stop reading the device
-inline constexpr unsigned grabTryGrab = 1U << 3; // EVIOCGRAB, then report how it went
-inline constexpr unsigned grabWatch = 1U << 4;   // read the device on the loop
-inline constexpr unsigned grabTrack = 1U << 5;
+inline constexpr unsigned grabUngrab = 1U << 0;
+inline constexpr unsigned grabUnwatch = 1U << 1; // stop reading the device
+inline constexpr unsigned grabTryGrab = 1U << 2; // EVIOCGRAB, then report how it went
+inline constexpr unsigned grabWatch = 1U << 3;   // read the device on the loop
 
 struct GrabStep {
     GrabState next;

@@ -1,5 +1,5 @@
 #include "platform/linux/QtEventLoop.h"
-#include "platform/linux/input/NodeWatch.h"
+#include "platform/linux/devices/NodeWatch.h"
 
 #include <QTemporaryDir>
 #include <QTest>

@@ -2,7 +2,7 @@
 
 #include "kernel/PollLoop.h"
 #include "kernel/VirtualDevices.h"
-#include "platform/linux/input/InputRouter.h"
+#include "InputService/router/InputRouter.h"
 
 #include <gtest/gtest.h>
 
@@ -21,9 +21,8 @@ namespace tolvane::kerneltest {
 // A test against the real kernel: a plain loop and, once started, the whole input layer on it.
 class GuestFixture : public ::testing::Test {
 protected:
-    void start(const std::string& deviceRoot = "/dev",
-               std::chrono::milliseconds watchdogTimeout = std::chrono::seconds(10)) {
-        layer = std::make_unique<oslinux::InputRouter>(loop, deviceRoot, watchdogTimeout);
+    void start(const std::string& deviceRoot = "/dev") {
+        layer = std::make_unique<oslinux::InputRouter>(loop, deviceRoot);
     }
     void TearDown() override { layer.reset(); }
 

@@ -23,10 +23,8 @@ unsigned indexOf(const std::vector<std::string>& names, const std::string& name,
 TEST(GrabState, EachStateAndEventGivesTheNextStateAndTheActionsInOrder) {
     const std::vector<std::string> states{"loose", "waiting", "grabbed"};
     const std::vector<std::string> events{"wantedKeyDown",  "wantedIdle",  "grabRefused",
-                                          "grabbedKeyDown", "grabbedIdle", "unwanted",
-                                          "watchdogRelease"};
-    const std::vector<std::string> actions{"untrack", "ungrab", "unwatch",
-                                           "tryGrab", "watch",  "track"};
+                                          "grabbedKeyDown", "grabbedIdle", "unwanted"};
+    const std::vector<std::string> actions{"ungrab", "unwatch", "tryGrab", "watch"};
     for (const TableRow& row : readTable("grab-steps.txt", 4)) {
         unsigned bits = grabNone;
         std::istringstream words(row[3] == "-" ? "" : row[3]);

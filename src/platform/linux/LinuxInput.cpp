@@ -12,7 +12,7 @@ namespace tolvane::oslinux {
 LinuxInput::LinuxInput(const std::string& deviceRoot)
     : loop(std::make_unique<QtEventLoop>()),
       routerOnLoop(
-          std::make_unique<InputRouter>(*loop, deviceRoot, std::chrono::seconds(10), logFile())),
+          std::make_unique<InputRouter>(*loop, deviceRoot)),
       session(std::make_unique<LogindSession>(
           [this](bool active) { routerOnLoop->setSessionActive(active); })) {}
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/linux/input/InputRouter.h"
+#include "InputService/router/InputRouter.h"
 
 #include <memory>
 #include <string>

@@ -2,13 +2,9 @@
 // easy to get wrong: a device may only be taken while nothing on it is down (EVIOCGKEY), or
 // the desktop keeps that key or button pressed and repeats it; RoutedDevice watches a device
 // with something down until it is idle and takes it then.
-#include "platform/linux/input/InputRouter.h"
-
-#include "platform/linux/input/GrabWatchdogProcess.h"
+#include "InputService/router/InputRouter.h"
 
 #include <libevdev/libevdev.h>
-
-#include <algorithm>
 
 namespace tolvane::oslinux {
 
@@ -27,7 +23,7 @@ InputRouter::Outcome InputRouter::applyRoles(const std::string& node, Known& ent
             return Outcome::failed;
         }
         entry.routed = std::make_unique<RoutedDevice>(
-            node, std::move(device), loop, watchdog,
+            node, std::move(device), loop,
             [this](RoutedDevice& readable) { onReadable(readable); });
     }
     RoutedDevice& device = *entry.routed;
@@ -45,8 +41,10 @@ InputRouter::Outcome InputRouter::applyRoles(const std::string& node, Known& ent
             // Only then: uinput echoes every EV_MSC written to a clone back to its maker too.
             device.clone->passOutputsTo(loop, device.evdev().fd());
         } else if (!device.clone) {
-            writeLogLine(logFile, "input device not taken, uinput will not clone it: " +
-                                      device.capabilities().name);
+            if (log) {
+                log("input device not taken, uinput will not clone it: " +
+                    device.capabilities().name);
+            }
             outcome = Outcome::unclonable;
         }
     }
@@ -62,12 +60,6 @@ InputRouter::Outcome InputRouter::applyRoles(const std::string& node, Known& ent
 }
 
 void InputRouter::onReadable(RoutedDevice& device) {
-    if (watchdog.hasReleased()) {
-        // Taking the devices back may destroy this one; if it stays, its next call reads it.
-        recoverFromStall(watchdog.takeReleased());
-        return;
-    }
-    watchdog.noteRead();
     // A copy, not a reference: dropping the device destroys the name with it.
     // NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
     const std::string node = device.node();
@@ -75,19 +67,6 @@ void InputRouter::onReadable(RoutedDevice& device) {
         drop(node);
     } else if (device.state() == GrabState::waiting && !device.settle()) {
         known[node].routed.reset(); // destroys `device`
-    }
-}
-
-void InputRouter::recoverFromStall(const std::vector<int>& released) {
-    // The watchdog let go of these grabs while the loop stood still; it reads again, so take
-    // them back, each once nothing on it is down. What came in meanwhile reached the desktop.
-    for (auto& [node, entry] : known) {
-        RoutedDevice* device = entry.routed.get();
-        if (device &&
-            std::find(released.begin(), released.end(), device->evdev().fd()) != released.end()) {
-            device->watchdogReleased();
-            applyRoles(node, entry);
-        }
     }
 }
 

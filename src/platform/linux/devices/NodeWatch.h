@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/linux/input/EventLoop.h"
+#include "platform/linux/devices/EventLoop.h"
 
 #include <functional>
 #include <memory>

@@ -2,7 +2,7 @@
 // readable by anyone in sysfs. The thing easy to get wrong: the node's name is not the way
 // there, since a device root other than /dev links its own names to real nodes; the node's
 // device number is (/sys/dev/char/MAJOR:MINOR), and stat() needs no read access either.
-#include "platform/linux/input/SysfsDevice.h"
+#include "platform/linux/devices/SysfsDevice.h"
 
 #include <cerrno>
 #include <climits>

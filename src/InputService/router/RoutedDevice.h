@@ -4,10 +4,9 @@
 #include "TolvaneCore/FrameAssembler.h"
 #include "TolvaneCore/GrabState.h"
 #include "platform/ScrollTap.h"
-#include "platform/linux/input/EvdevDevice.h"
-#include "platform/linux/input/EventLoop.h"
-#include "platform/linux/input/GrabWatchdog.h"
-#include "platform/linux/input/UinputClone.h"
+#include "InputService/router/EvdevDevice.h"
+#include "platform/linux/devices/EventLoop.h"
+#include "InputService/router/UinputClone.h"
 
 #include <functional>
 #include <memory>
@@ -22,7 +21,7 @@ namespace tolvane::oslinux {
 class RoutedDevice {
 public:
     RoutedDevice(std::string node, std::unique_ptr<EvdevDevice> device, EventLoop& loop,
-                 GrabWatchdog& watchdog, std::function<void(RoutedDevice&)> onReadable);
+                 std::function<void(RoutedDevice&)> onReadable);
     ~RoutedDevice();
 
     RoutedDevice(const RoutedDevice&) = delete;
@@ -36,8 +35,6 @@ public:
     // Brings the grab in line with the roles. False when they want the device and another
     // program holds it; it is then loose.
     bool settle();
-    // The watchdog let go of the grab; settle() takes it again.
-    void watchdogReleased() { step(GrabEvent::watchdogRelease); }
 
     const std::string& node() const { return nodeName; }
     EvdevDevice& evdev() { return *device; }
@@ -64,7 +61,6 @@ private:
     std::string nodeName;
     std::unique_ptr<EvdevDevice> device;
     EventLoop& loop;
-    GrabWatchdog& watchdog;
     std::function<void(RoutedDevice&)> onReadable;
     GrabState grabState = GrabState::loose;
 };

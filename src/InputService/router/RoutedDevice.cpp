@@ -5,7 +5,7 @@
 // Reads go to the kernel only once libevdev's queue is empty: without the blocking flag it
 // tries another read() before every event it hands out, three wasted system calls for each
 // wheel frame. On this non-blocking descriptor that read ends in -EAGAIN, never waits.
-#include "platform/linux/input/RoutedDevice.h"
+#include "InputService/router/RoutedDevice.h"
 
 #include <libevdev/libevdev.h>
 
@@ -14,8 +14,8 @@
 namespace tolvane::oslinux {
 
 RoutedDevice::RoutedDevice(std::string node, std::unique_ptr<EvdevDevice> device, EventLoop& loop,
-                           GrabWatchdog& watchdog, std::function<void(RoutedDevice&)> onReadable)
-    : nodeName(std::move(node)), device(std::move(device)), loop(loop), watchdog(watchdog),
+                           std::function<void(RoutedDevice&)> onReadable)
+    : nodeName(std::move(node)), device(std::move(device)), loop(loop),
       onReadable(std::move(onReadable)) {}
 
 RoutedDevice::~RoutedDevice() {
@@ -44,9 +44,6 @@ void RoutedDevice::step(GrabEvent event) {
     const GrabStep next = grabStep(grabState, event);
     grabState = next.next;
     const int fd = device->fd();
-    if (next.actions & grabUntrack) {
-        watchdog.untrack(fd);
-    }
     if (next.actions & grabUngrab) {
         device->ungrab();
     }
@@ -61,9 +58,6 @@ void RoutedDevice::step(GrabEvent event) {
     }
     if (next.actions & grabWatch) {
         loop.watchReadable(fd, [this] { onReadable(*this); });
-    }
-    if (next.actions & grabTrack) {
-        watchdog.track(fd);
     }
 }
 

@@ -2,10 +2,10 @@
 // The thing easy to get wrong: clones appear as new input nodes too, this program's and any
 // other Tolvane's, and taking one would feed its events back into a chain of clones; they are
 // recognised by the mark in their phys, never by name or by the node this program made.
-#include "platform/linux/input/InputRouter.h"
+#include "InputService/router/InputRouter.h"
 
-#include "platform/linux/input/NodeWatch.h"
-#include "platform/linux/input/SysfsDevice.h"
+#include "platform/linux/devices/NodeWatch.h"
+#include "platform/linux/devices/SysfsDevice.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -14,16 +14,8 @@
 
 namespace tolvane::oslinux {
 
-InputRouter::InputRouter(EventLoop& loop, std::string deviceRoot,
-                         std::chrono::milliseconds watchdogTimeout, std::string logFile)
-    : loop(loop), root(std::move(deviceRoot)), logFile(std::move(logFile)),
-      watchdog(watchdogTimeout, this->logFile) {
-    // After a stop or a stall, take the devices back as soon as the loop turns again, not only
-    // with the next input, which would reach the desktop and Tolvane both.
-    if (watchdog.noticeFd() >= 0) {
-        loop.watchReadable(watchdog.noticeFd(),
-                           [this] { recoverFromStall(this->watchdog.takeReleased()); });
-    }
+InputRouter::InputRouter(EventLoop& loop, std::string deviceRoot, LogLine log)
+    : loop(loop), root(std::move(deviceRoot)), log(std::move(log)) {
     // The node watch runs before the first scan, or a device plugged in between the two is
     // never seen; a node reported twice is harmless, as what is known is ignored.
     NodeCallbacks callbacks{[this](const std::string& node) { nodeAppeared(node); },
@@ -41,9 +33,6 @@ InputRouter::InputRouter(EventLoop& loop, std::string deviceRoot,
 }
 
 InputRouter::~InputRouter() {
-    if (watchdog.noticeFd() >= 0) {
-        loop.unwatch(watchdog.noticeFd());
-    }
     nodeWatch.reset();
     for (auto& [node, entry] : known) {
         entry.routed.reset();

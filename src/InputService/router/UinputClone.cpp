@@ -4,7 +4,7 @@
 // carries Tolvane's mark in its phys, so that no Tolvane takes it for a real device. The
 // desktop sets the keyboard's LEDs on the twin, which it takes for the keyboard; uinput hands
 // them to the twin's maker on its descriptor, and they go on to the real device from there.
-#include "platform/linux/input/UinputClone.h"
+#include "InputService/router/UinputClone.h"
 
 #include <libevdev/libevdev-uinput.h>
 #include <libevdev/libevdev.h>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "TolvaneCore/FrameAssembler.h"
-#include "platform/linux/input/EventLoop.h"
+#include "platform/linux/devices/EventLoop.h"
 
 #include <linux/input.h>
 

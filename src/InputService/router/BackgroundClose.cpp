@@ -2,7 +2,7 @@
 // it must cost nothing while there is nothing to close, so it sleeps on a condition variable
 // and is started only by the first descriptor; it is never stopped, so a device destroyed while
 // the process ends (a static, a test's teardown) still finds it there.
-#include "platform/linux/input/BackgroundClose.h"
+#include "InputService/router/BackgroundClose.h"
 
 #include <condition_variable>
 #include <deque>

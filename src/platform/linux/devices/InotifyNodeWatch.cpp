@@ -6,7 +6,7 @@
 // every read of every node in it, each wheel frame included; only while a node cannot be watched
 // (inotify needs read access to it) does the directory watch them. The directory itself may not
 // exist until the first input device does.
-#include "platform/linux/input/NodeWatch.h"
+#include "platform/linux/devices/NodeWatch.h"
 
 #include <algorithm>
 #include <array>

@@ -2,7 +2,7 @@
 // ready: they come after udev has set the node's owner and access list. The thing easy to get
 // wrong: the kernel's own uevents come earlier, before permissions are set, so the monitor
 // must listen to "udev", not "kernel".
-#include "platform/linux/input/NodeWatch.h"
+#include "platform/linux/devices/NodeWatch.h"
 
 #include <libudev.h>
 

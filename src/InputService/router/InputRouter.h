@@ -3,12 +3,11 @@
 #include "platform/KeyboardGrab.h"
 #include "platform/PointerDevices.h"
 #include "platform/ScrollTap.h"
-#include "platform/linux/input/EventLoop.h"
-#include "platform/linux/input/GrabWatchdog.h"
-#include "platform/linux/input/NodeWatch.h"
-#include "platform/linux/input/RoutedDevice.h"
+#include "platform/linux/devices/EventLoop.h"
+#include "platform/linux/devices/NodeWatch.h"
+#include "InputService/router/RoutedDevice.h"
 
-#include <chrono>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -21,15 +20,13 @@ namespace tolvane::oslinux {
 // the ones some role needs, and keeps each device's grab, clone and watch in line with two
 // roles: the wheel tap (every wheel device, from its start on) and the keyboard hold (every
 // keyboard and media-key device, while held). Virtual devices marked as Tolvane's clones,
-// whoever made them, are never taken or reported. The watchdog writes the stalls it ends to
-// `logFile` too.
+// whoever made them, are never taken or reported. A device left out is told to `log`.
 class InputRouter final : public platform::ScrollTap,
                           public platform::PointerDevices,
                           public platform::KeyboardGrab {
 public:
-    explicit InputRouter(EventLoop& loop, std::string deviceRoot = "/dev",
-                         std::chrono::milliseconds watchdogTimeout = std::chrono::seconds(10),
-                         std::string logFile = {});
+    using LogLine = std::function<void(const std::string&)>;
+    explicit InputRouter(EventLoop& loop, std::string deviceRoot = "/dev", LogLine log = {});
     ~InputRouter() override;
 
     InputRouter(const InputRouter&) = delete;
@@ -79,12 +76,10 @@ private:
     bool allNodesReadable();
     Outcome applyRoles(const std::string& node, Known& known);
     void onReadable(RoutedDevice& device);
-    void recoverFromStall(const std::vector<int>& released);
 
     EventLoop& loop;
     const std::string root;
-    const std::string logFile;
-    GrabWatchdog watchdog;
+    const LogLine log;
     std::map<std::string, Known> known;
     platform::PointerDevices::Callbacks pointerCallbacks;
     bool tapping = false;

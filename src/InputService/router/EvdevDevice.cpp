@@ -2,9 +2,9 @@
 // kernel's state. The thing easy to get wrong: EVIOCGRAB while a key or button is down leaves
 // that key pressed for every other reader, because its release only reaches the grabber; so the
 // node is opened for writing too where allowed, and the releases can be written to it first.
-#include "platform/linux/input/EvdevDevice.h"
+#include "InputService/router/EvdevDevice.h"
 
-#include "platform/linux/input/BackgroundClose.h"
+#include "InputService/router/BackgroundClose.h"
 
 #include <libevdev/libevdev.h>
 
