@@ -2,7 +2,8 @@
 # The one way to boot a stock Debian kernel under qemu with given programs, used by the kernel
 # tier, the lock session and the wheel benchmark. Sourced, not run. The caller sets `work`
 # (its build folder) and `tier` (the word that starts its failure lines), then:
-#   prepare_guest; start_guest_root ROOT; add_dynamic / add_tree / add_x_session / add_udevd;
+#   prepare_guest; start_guest_root ROOT; add_dynamic / add_tree / add_x_session / add_udevd /
+#   add_system_bus;
 #   boot_guest ROOT MEMORY_MB SECONDS COMMANDS; guest_result
 # The guest makes its virtual devices itself, through uinput. The kernel (vmlinux, config,
 # evdev.ko, uinput.ko) is cached in $TOLVANE_KERNEL_CACHE (default ~/.cache/tolvane-kernel).
@@ -118,6 +119,25 @@ add_udevd() {
 # shellcheck disable=SC2034
 start_udevd='mount -t tmpfs tmpfs /run && /lib/systemd/systemd-udevd --daemon &&
 udevadm trigger --action=add && udevadm settle'
+
+# A system bus of the guest's own: Debian's dbus-daemon with the tier's configuration
+# (guest-bus.conf) and the given policy files where a desktop has them, a root and a desktop
+# user (uid 1000) for its policies. The guest's COMMANDS start it with $start_system_bus after
+# $start_udevd (which mounts /run); it exports the bus's address to what they start after it.
+add_system_bus() {
+    local root=$1
+    shift
+    add_dynamic "$root" /usr/bin/dbus-daemon /usr/bin/dbus-daemon
+    mkdir -p "$root/etc" "$root/usr/share/dbus-1/system.d"
+    cp "$(dirname "${BASH_SOURCE[0]}")/guest-bus.conf" "$root/etc/guest-bus.conf"
+    [ $# -eq 0 ] || cp "$@" "$root/usr/share/dbus-1/system.d/"
+    printf '%s\n' 'root:x:0:0:root:/root:/bin/sh' 'tolvane:x:1000:1000::/tmp:/bin/sh' >>"$root/etc/passwd"
+    printf '%s\n' 'root:x:0:' 'tolvane:x:1000:' >>"$root/etc/group"
+}
+# shellcheck disable=SC2034
+start_system_bus='mkdir -p /run/tolvane-bus &&
+dbus-daemon --config-file=/etc/guest-bus.conf --fork --nopidfile --nosyslog &&
+export DBUS_SYSTEM_BUS_ADDRESS=unix:path=/run/tolvane-bus/socket'
 
 # What a Qt program on Xvfb needs: the xcb and SVG plugins, fonts, keymaps, locale tables, the
 # session bus settings and a root user.

@@ -8,8 +8,10 @@
 #
 # The further programs go to /bin in the guest for the cases that start them (the wheel
 # benchmark's floor and Tolvane's wheel program). Debian's udevd runs in the guest, as on every
-# desktop; the cases that need its absence watch a device folder of their own. TOLVANE_KERNEL_FILTER, when
-# set, is handed to the test program as its --gtest_filter (for work on a single case).
+# desktop; the cases that need its absence watch a device folder of their own. So does a system
+# bus of the guest's own, for the input service's cases, whose figure: lines are shown here.
+# TOLVANE_KERNEL_FILTER, when set, is handed to the test program as its --gtest_filter (for work
+# on a single case).
 set -eu
 
 if [ "$1" = --case ]; then
@@ -32,9 +34,10 @@ for file in "$program" "$@"; do
     add_dynamic "$work/root" "$file" "/bin/${file##*/}"
 done
 add_udevd "$work/root"
-boot_guest "$work/root" 512 150 "$start_udevd && /bin/${program##*/} --gtest_color=no \
---gtest_filter='${TOLVANE_KERNEL_FILTER:-*}'"
-grep -E '^\[' "$work/guest.txt" || true
+add_system_bus "$work/root"
+boot_guest "$work/root" 512 150 "$start_udevd && $start_system_bus && /bin/${program##*/} \
+--gtest_color=no --gtest_filter='${TOLVANE_KERNEL_FILTER:-*}'"
+grep -E '^(\[|figure:)' "$work/guest.txt" || true
 result=$(guest_result) || exit 1
 [ "$result" = 0 ] || grep -q '^\[  FAILED  \]' "$work/guest.txt" ||
     fail "the test program ended with status $result and no failed case"

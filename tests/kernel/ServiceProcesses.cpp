@@ -1,0 +1,214 @@
+// Processes around the input service in the guest. The things easy to get wrong: a forked
+// child inherits every descriptor of the test, a grabbing one included, so each child closes all
+// but its own at once; and a child of a test program with threads may only _exit, never return
+// into the test or run its destructors.
+#include "kernel/ServiceProcesses.h"
+
+#include <systemd/sd-bus.h>
+
+#include <csignal>
+#include <fcntl.h>
+#include <fstream>
+#include <poll.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+
+namespace tolvane::kerneltest {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using namespace std::chrono_literals;
+
+constexpr const char* service = "org.tolvane.Input1";
+constexpr const char* group = "/sys/fs/cgroup/tolvane-client";
+
+// Ends a child: the signal, then up to 2 s for it to go before SIGKILL.
+void end(pid_t pid, int signal) {
+    ::kill(pid, signal);
+    for (const auto until = Clock::now() + 2s; Clock::now() < until;) {
+        if (::waitpid(pid, nullptr, WNOHANG) == pid) {
+            return;
+        }
+        std::this_thread::sleep_for(5ms);
+    }
+    ::kill(pid, SIGKILL);
+    ::waitpid(pid, nullptr, 0);
+}
+
+bool write(const std::string& path, const std::string& text) {
+    std::ofstream file(path);
+    return bool(file << text << std::flush);
+}
+
+std::string callService(sd_bus* bus, ServiceClient::Call member) {
+    sd_bus_error error = SD_BUS_ERROR_NULL;
+    const char* name = member == ServiceClient::hold        ? "HoldKeyboards"
+                       : member == ServiceClient::release   ? "ReleaseKeyboards"
+                       : member == ServiceClient::keepAlive ? "KeepAlive"
+                                                            : "SetInversion";
+    const bool flag = member == ServiceClient::invert;
+    const bool inversion =
+        member == ServiceClient::invert || member == ServiceClient::stopInverting;
+    const int rc = inversion ? sd_bus_call_method(bus, service, "/org/tolvane/Input1", service,
+                                                  name, &error, nullptr, "b", flag)
+                             : sd_bus_call_method(bus, service, "/org/tolvane/Input1", service,
+                                                  name, &error, nullptr, "");
+    std::string outcome = rc >= 0 ? "" : error.name ? error.name : "no reply";
+    sd_bus_error_free(&error);
+    return outcome;
+}
+
+// The client's side: one call per command byte, a keep-alive every 500 ms while holding, each
+// outcome a line "<call> <error name>" back to the test; ends when the test closes its pipe.
+[[noreturn]] void serveCommands(int commands, int outcomes) {
+    sd_bus* bus = nullptr;
+    if (::setresgid(1000, 1000, 1000) != 0 || ::setresuid(1000, 1000, 1000) != 0 ||
+        sd_bus_open_system(&bus) < 0) {
+        ::_exit(2);
+    }
+    bool holding = false;
+    auto next = Clock::now();
+    for (;;) {
+        const auto wait =
+            std::chrono::duration_cast<std::chrono::milliseconds>(next - Clock::now());
+        pollfd ready{commands, POLLIN, 0};
+        auto member = ServiceClient::keepAlive;
+        if (::poll(&ready, 1, holding ? std::max(0, int(wait.count())) : -1) > 0 &&
+            ::read(commands, &member, 1) != 1) {
+            ::_exit(0);
+        }
+        const std::string line = std::string(1, member) + " " + callService(bus, member) + "\n";
+        holding = member == ServiceClient::hold || (holding && member != ServiceClient::release);
+        if (member == ServiceClient::hold || member == ServiceClient::keepAlive) {
+            next = Clock::now() + 500ms;
+        }
+        if (::write(outcomes, line.data(), line.size()) != ssize_t(line.size())) {
+            ::_exit(0);
+        }
+    }
+}
+
+} // namespace
+
+ServiceProcess::ServiceProcess() : child(::fork()) {
+    if (child == 0) {
+        ::close_range(3, ~0U, 0);
+        ::execl("/bin/tolvane-inputd", "tolvane-inputd", nullptr);
+        ::_exit(127);
+    }
+    sd_bus* bus = nullptr;
+    sd_bus_open_system(&bus);
+    for (const auto until = Clock::now() + 5s; bus && !serving && Clock::now() < until;) {
+        std::this_thread::sleep_for(10ms);
+        sd_bus_message* reply = nullptr;
+        int owned = 0;
+        serving = sd_bus_call_method(bus, "org.freedesktop.DBus", "/org/freedesktop/DBus",
+                                     "org.freedesktop.DBus", "NameHasOwner", nullptr, &reply, "s",
+                                     service) >= 0 &&
+                  sd_bus_message_read(reply, "b", &owned) >= 0 && owned;
+        sd_bus_message_unref(reply);
+    }
+    sd_bus_flush_close_unref(bus);
+}
+
+ServiceProcess::~ServiceProcess() {
+    end(child, SIGTERM);
+}
+
+ServiceClient::ServiceClient() {
+    int down[2], up[2];
+    if (::pipe2(down, O_CLOEXEC) != 0 || ::pipe2(up, O_CLOEXEC) != 0) {
+        return;
+    }
+    child = ::fork();
+    if (child == 0) {
+        ::dup2(down[0], 3), ::dup2(up[1], 4);
+        ::close_range(5, ~0U, 0);
+        serveCommands(3, 4);
+    }
+    ::close(down[0]), ::close(up[1]);
+    commands = down[1], outcomes = up[0];
+    ::fcntl(outcomes, F_SETFL, O_NONBLOCK);
+}
+
+ServiceClient::~ServiceClient() {
+    ::close(commands), ::close(outcomes);
+    end(child, SIGKILL);
+}
+
+std::string ServiceClient::call(Call member) {
+    const bool sent = ::write(commands, &member, 1) == 1;
+    return sent ? outcomeOf(member, 5s) : "no client";
+}
+
+bool ServiceClient::keptAlive() {
+    for (char buffer[256]; ::read(outcomes, buffer, sizeof buffer) > 0;) { // earlier ones
+    }
+    unread.clear();
+    return outcomeOf(keepAlive, 1s) == "";
+}
+
+void ServiceClient::signal(int number) const {
+    ::kill(child, number);
+}
+
+std::string ServiceClient::outcomeOf(Call member, std::chrono::milliseconds limit) {
+    const auto until = Clock::now() + limit;
+    for (;;) {
+        for (std::size_t end; (end = unread.find('\n')) != std::string::npos;) {
+            const std::string line = unread.substr(0, end);
+            unread.erase(0, end + 1);
+            if (line[0] == member) {
+                return line.substr(2);
+            }
+        }
+        const auto left =
+            std::chrono::duration_cast<std::chrono::milliseconds>(until - Clock::now());
+        pollfd ready{outcomes, POLLIN, 0};
+        char buffer[256];
+        const ssize_t n = left.count() > 0 && ::poll(&ready, 1, int(left.count())) > 0
+                              ? ::read(outcomes, buffer, sizeof buffer)
+                              : 0;
+        if (n <= 0) {
+            return "no answer";
+        }
+        unread.append(buffer, std::size_t(n));
+    }
+}
+
+FrozenProcess::FrozenProcess(pid_t pid) {
+    if (::access("/sys/fs/cgroup/cgroup.procs", F_OK) != 0) {
+        ::mount("cgroup2", "/sys/fs/cgroup", "cgroup2", 0, nullptr);
+    }
+    ::mkdir(group, 0755);
+    const std::string at = group;
+    if (!write(at + "/cgroup.procs", std::to_string(pid)) || !write(at + "/cgroup.freeze", "1")) {
+        why = "the guest kernel has no cgroup v2 freezer";
+        return;
+    }
+    for (const auto until = Clock::now() + 2s; Clock::now() < until;) {
+        std::ifstream events(at + "/cgroup.events");
+        for (std::string line; std::getline(events, line);) {
+            if (line == "frozen 1") {
+                return;
+            }
+        }
+        std::this_thread::sleep_for(2ms);
+    }
+    why = "the client's group did not freeze in 2 s";
+}
+
+FrozenProcess::~FrozenProcess() {
+    const std::string at = group;
+    write(at + "/cgroup.freeze", "0");
+    std::ifstream procs(at + "/cgroup.procs");
+    for (std::string pid; std::getline(procs, pid);) {
+        write("/sys/fs/cgroup/cgroup.procs", pid);
+    }
+    ::rmdir(group);
+}
+
+} // namespace tolvane::kerneltest
