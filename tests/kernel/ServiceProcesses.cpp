@@ -1,11 +1,12 @@
-// Processes around the input service in the guest. The things easy to get wrong: a forked
-// child inherits every descriptor of the test, a grabbing one included, so each child closes all
-// but its own at once; and a child of a test program with threads may only _exit, never return
-// into the test or run its destructors.
+// Processes around the input service in the guest. The things easy to get wrong: a forked child
+// inherits every descriptor of the test, a grabbing one included, so each child closes all but
+// its own at once; and a child of a test program with threads may only _exit, never return into
+// the test or run its destructors.
 #include "kernel/ServiceProcesses.h"
 
 #include <systemd/sd-bus.h>
 
+#include <chrono>
 #include <csignal>
 #include <fcntl.h>
 #include <fstream>
@@ -25,44 +26,39 @@ using namespace std::chrono_literals;
 constexpr const char* service = "org.tolvane.Input1";
 constexpr const char* group = "/sys/fs/cgroup/tolvane-client";
 
-// Ends a child: the signal, then up to 2 s for it to go before SIGKILL.
+// The signal, then up to 2 s for the child to end before SIGKILL.
 void end(pid_t pid, int signal) {
     ::kill(pid, signal);
-    for (const auto until = Clock::now() + 2s; Clock::now() < until;) {
-        if (::waitpid(pid, nullptr, WNOHANG) == pid) {
-            return;
+    for (const auto until = Clock::now() + 2s; ::waitpid(pid, nullptr, WNOHANG) != pid;) {
+        if (Clock::now() > until) {
+            ::kill(pid, SIGKILL);
         }
-        std::this_thread::sleep_for(5ms);
+        std::this_thread::sleep_for(2ms);
     }
-    ::kill(pid, SIGKILL);
-    ::waitpid(pid, nullptr, 0);
 }
 
 bool write(const std::string& path, const std::string& text) {
-    std::ofstream file(path);
-    return bool(file << text << std::flush);
+    return bool(std::ofstream(path) << text << std::flush);
 }
 
-std::string callService(sd_bus* bus, ServiceClient::Call member) {
+std::string callService(sd_bus* bus, char member) {
+    const char* name = member == ServiceClient::hold      ? "HoldKeyboards"
+                       : member == ServiceClient::release ? "ReleaseKeyboards"
+                       : member == 'K'                    ? "KeepAlive"
+                                                          : "SetInversion";
     sd_bus_error error = SD_BUS_ERROR_NULL;
-    const char* name = member == ServiceClient::hold        ? "HoldKeyboards"
-                       : member == ServiceClient::release   ? "ReleaseKeyboards"
-                       : member == ServiceClient::keepAlive ? "KeepAlive"
-                                                            : "SetInversion";
-    const bool flag = member == ServiceClient::invert;
-    const bool inversion =
-        member == ServiceClient::invert || member == ServiceClient::stopInverting;
-    const int rc = inversion ? sd_bus_call_method(bus, service, "/org/tolvane/Input1", service,
-                                                  name, &error, nullptr, "b", flag)
-                             : sd_bus_call_method(bus, service, "/org/tolvane/Input1", service,
-                                                  name, &error, nullptr, "");
+    const int rc = std::string(name) == "SetInversion"
+                       ? sd_bus_call_method(bus, service, "/org/tolvane/Input1", service, name,
+                                            &error, nullptr, "b", member == ServiceClient::invert)
+                       : sd_bus_call_method(bus, service, "/org/tolvane/Input1", service, name,
+                                            &error, nullptr, "");
     std::string outcome = rc >= 0 ? "" : error.name ? error.name : "no reply";
     sd_bus_error_free(&error);
     return outcome;
 }
 
-// The client's side: one call per command byte, a keep-alive every 500 ms while holding, each
-// outcome a line "<call> <error name>" back to the test; ends when the test closes its pipe.
+// The client's side: one call per command byte, its outcome as a line back, and a keep-alive
+// every 500 ms while holding; ends when the test closes its end.
 [[noreturn]] void serveCommands(int commands, int outcomes) {
     sd_bus* bus = nullptr;
     if (::setresgid(1000, 1000, 1000) != 0 || ::setresuid(1000, 1000, 1000) != 0 ||
@@ -70,23 +66,22 @@ std::string callService(sd_bus* bus, ServiceClient::Call member) {
         ::_exit(2);
     }
     bool holding = false;
-    auto next = Clock::now();
-    for (;;) {
-        const auto wait =
-            std::chrono::duration_cast<std::chrono::milliseconds>(next - Clock::now());
+    for (auto next = Clock::now();;) {
+        const auto wait = std::chrono::ceil<std::chrono::milliseconds>(next - Clock::now());
         pollfd ready{commands, POLLIN, 0};
-        auto member = ServiceClient::keepAlive;
-        if (::poll(&ready, 1, holding ? std::max(0, int(wait.count())) : -1) > 0 &&
-            ::read(commands, &member, 1) != 1) {
-            ::_exit(0);
-        }
-        const std::string line = std::string(1, member) + " " + callService(bus, member) + "\n";
-        holding = member == ServiceClient::hold || (holding && member != ServiceClient::release);
-        if (member == ServiceClient::hold || member == ServiceClient::keepAlive) {
+        if (!holding || ::poll(&ready, 1, std::max(0, int(wait.count()))) > 0) {
+            char member;
+            if (::read(commands, &member, 1) != 1) {
+                ::_exit(0);
+            }
+            const std::string line = callService(bus, member) + "\n";
+            holding = (member == ServiceClient::hold && line == "\n") ||
+                      (holding && member != ServiceClient::release);
             next = Clock::now() + 500ms;
-        }
-        if (::write(outcomes, line.data(), line.size()) != ssize_t(line.size())) {
-            ::_exit(0);
+            [[maybe_unused]] auto n = ::write(outcomes, line.data(), line.size());
+        } else {
+            callService(bus, 'K');
+            next = Clock::now() + 500ms;
         }
     }
 }
@@ -119,19 +114,14 @@ ServiceProcess::~ServiceProcess() {
 }
 
 ServiceClient::ServiceClient() {
-    int down[2], up[2];
-    if (::pipe2(down, O_CLOEXEC) != 0 || ::pipe2(up, O_CLOEXEC) != 0) {
-        return;
-    }
-    child = ::fork();
-    if (child == 0) {
+    int down[2]{-1, -1}, up[2]{-1, -1};
+    if (::pipe2(down, O_CLOEXEC) == 0 && ::pipe2(up, O_CLOEXEC) == 0 && (child = ::fork()) == 0) {
         ::dup2(down[0], 3), ::dup2(up[1], 4);
         ::close_range(5, ~0U, 0);
         serveCommands(3, 4);
     }
     ::close(down[0]), ::close(up[1]);
     commands = down[1], outcomes = up[0];
-    ::fcntl(outcomes, F_SETFL, O_NONBLOCK);
 }
 
 ServiceClient::~ServiceClient() {
@@ -140,43 +130,18 @@ ServiceClient::~ServiceClient() {
 }
 
 std::string ServiceClient::call(Call member) {
-    const bool sent = ::write(commands, &member, 1) == 1;
-    return sent ? outcomeOf(member, 5s) : "no client";
-}
-
-bool ServiceClient::keptAlive() {
-    for (char buffer[256]; ::read(outcomes, buffer, sizeof buffer) > 0;) { // earlier ones
+    if (::write(commands, &member, 1) != 1) {
+        return "no client";
     }
-    unread.clear();
-    return outcomeOf(keepAlive, 1s) == "";
-}
-
-void ServiceClient::signal(int number) const {
-    ::kill(child, number);
-}
-
-std::string ServiceClient::outcomeOf(Call member, std::chrono::milliseconds limit) {
-    const auto until = Clock::now() + limit;
-    for (;;) {
-        for (std::size_t end; (end = unread.find('\n')) != std::string::npos;) {
-            const std::string line = unread.substr(0, end);
-            unread.erase(0, end + 1);
-            if (line[0] == member) {
-                return line.substr(2);
-            }
-        }
-        const auto left =
-            std::chrono::duration_cast<std::chrono::milliseconds>(until - Clock::now());
-        pollfd ready{outcomes, POLLIN, 0};
-        char buffer[256];
-        const ssize_t n = left.count() > 0 && ::poll(&ready, 1, int(left.count())) > 0
-                              ? ::read(outcomes, buffer, sizeof buffer)
-                              : 0;
-        if (n <= 0) {
+    std::string line;
+    pollfd ready{outcomes, POLLIN, 0};
+    for (char c = 0; c != '\n'; line += c) {
+        if (::poll(&ready, 1, 5000) <= 0 || ::read(outcomes, &c, 1) != 1) {
             return "no answer";
         }
-        unread.append(buffer, std::size_t(n));
     }
+    line.pop_back();
+    return line;
 }
 
 FrozenProcess::FrozenProcess(pid_t pid) {

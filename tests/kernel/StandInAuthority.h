@@ -57,12 +57,11 @@ public:
     static std::string pathOf(int session) {
         return "/org/freedesktop/login1/session/c" + std::to_string(session);
     }
-    // The process belongs to the session from now on (a session is active and allowed until
-    // setSession says otherwise).
+    // The process belongs to the session from now on. A session is active and allowed until
+    // setSession says otherwise.
     void place(pid_t pid, int session) {
         const std::lock_guard lock(mutex);
         sessionOf[pid] = session;
-        sessions.try_emplace(session);
     }
     // allowed false: a session polkit refuses though it is active (a remote one).
     void setSession(int session, bool active, bool allowed = true) {
