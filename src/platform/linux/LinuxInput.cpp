@@ -11,8 +11,7 @@ namespace tolvane::oslinux {
 
 LinuxInput::LinuxInput(const std::string& deviceRoot)
     : loop(std::make_unique<QtEventLoop>()),
-      routerOnLoop(
-          std::make_unique<InputRouter>(*loop, deviceRoot)),
+      routerOnLoop(std::make_unique<InputRouter>(*loop, deviceRoot)),
       session(std::make_unique<LogindSession>(
           [this](bool active) { routerOnLoop->setSessionActive(active); })) {}
 
