@@ -3,15 +3,15 @@
 # which each case shows in ctest as a test of its own (--case). So this step fails only when
 # the guest ended without running its cases to the end.
 #
-#   run-kernel-tests.sh TEST_PROGRAM WORK_DIR [PROGRAM...]
+#   run-kernel-tests.sh TEST_PROGRAM WORK_DIR BUS_POLICY [PROGRAM...]
 #   run-kernel-tests.sh --case GUEST_LOG SUITE.NAME   (prints the case's lines; fails unless OK)
 #
-# The further programs go to /bin in the guest for the cases that start them (the wheel
-# benchmark's floor and Tolvane's wheel program). Debian's udevd runs in the guest, as on every
-# desktop; the cases that need its absence watch a device folder of their own. So does a system
-# bus of the guest's own, for the input service's cases, whose figure: lines are shown here.
-# TOLVANE_KERNEL_FILTER, when set, is handed to the test program as its --gtest_filter (for work
-# on a single case).
+# The further programs go to /bin in the guest for the cases that start them (the input service,
+# the wheel benchmark's floor and Tolvane's wheel program). Debian's udevd runs in the guest, as
+# on every desktop; the cases that need its absence watch a device folder of their own. So does
+# a system bus of the guest's own with the service's BUS_POLICY, for the service's cases, whose
+# figure: lines are shown here. TOLVANE_KERNEL_FILTER, when set, is handed to the test program
+# as its --gtest_filter (for work on a single case).
 set -eu
 
 if [ "$1" = --case ]; then
@@ -20,7 +20,8 @@ if [ "$1" = --case ]; then
 fi
 program=$1
 work=$2
-shift 2
+policy=$3
+shift 3
 tier=kernel
 # shellcheck source=guest-lib.sh
 source "$(dirname "$0")/guest-lib.sh"
@@ -34,7 +35,8 @@ for file in "$program" "$@"; do
     add_dynamic "$work/root" "$file" "/bin/${file##*/}"
 done
 add_udevd "$work/root"
-add_system_bus "$work/root"
+[ -f "$policy" ] || fail "no bus policy for the input service at $policy"
+add_system_bus "$work/root" "$policy"
 boot_guest "$work/root" 512 150 "$start_udevd && $start_system_bus && /bin/${program##*/} \
 --gtest_color=no --gtest_filter='${TOLVANE_KERNEL_FILTER:-*}'"
 grep -E '^(\[|figure:)' "$work/guest.txt" || true

@@ -1,0 +1,280 @@
+#include "kernel/ServiceProcesses.h"
+#include "kernel/StandInAuthority.h"
+#include "kernel/VirtualDevices.h"
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <cstdio>
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <thread>
+
+namespace tolvane::kerneltest {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using namespace std::chrono_literals;
+using Call = ServiceClient::Call;
+constexpr const char* notAuthorized = "org.tolvane.Input1.Error.NotAuthorized";
+
+double elapsedMs(Clock::time_point start) {
+    return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
+}
+
+// Milliseconds from `start` until `done`, tried every 2 ms; -1 when it was not within `limit`.
+double msUntil(const std::function<bool()>& done, Clock::time_point start = Clock::now(),
+               std::chrono::milliseconds limit = 4s) {
+    for (; elapsedMs(start) < double(limit.count()); std::this_thread::sleep_for(2ms)) {
+        if (done()) {
+            return elapsedMs(start);
+        }
+    }
+    return -1;
+}
+
+void figure(const std::string& what, double ms) {
+    std::printf("figure: %s: %.0f ms\n", what.c_str(), ms);
+}
+
+// Keyboards plugged for a case, each with a plain reader as the desktop has.
+struct Keyboards {
+    explicit Keyboards(int count) : free(count) {
+        for (int i = 0; i < count; ++i) {
+            devices.push_back(
+                VirtualDevice::plug(usbKeyboard("Tolvane Test Keyboard " + std::to_string(i))));
+            readers.push_back(std::make_unique<NodeReader>(devices.back()->path()));
+        }
+    }
+    // On how many a tap does not reach the reader (exact at once: evdev hands a uinput write to
+    // its readers within the write).
+    int held() {
+        int count = 0;
+        for (std::size_t i = 0; i < devices.size(); ++i) {
+            readers[i]->readAll();
+            devices[i]->tap(KEY_A);
+            count += withoutSync(readers[i]->readAll()).empty();
+        }
+        return count;
+    }
+    bool allHeld() { return held() == int(devices.size()); }
+    // Whether each has been found free to grab (after a hold's end, grabbing races with nothing);
+    // when the first was goes to `firstFree`.
+    bool allFree() {
+        for (std::size_t i = 0; i < devices.size(); ++i) {
+            free[i] = free[i] || readers[i]->tryGrab();
+        }
+        if (!firstFree && std::ranges::any_of(free, [](bool f) { return f; })) {
+            firstFree = Clock::now();
+        }
+        return std::ranges::all_of(free, [](bool f) { return f; });
+    }
+
+    std::vector<bool> free;
+    std::optional<Clock::time_point> firstFree;
+    std::vector<std::unique_ptr<VirtualDevice>> devices;
+    std::vector<std::unique_ptr<NodeReader>> readers;
+};
+
+// One notch up as the desktop sees it, reading the mouse and every clone of it: its value (0
+// when none came in a second) and how long it took.
+std::pair<int, double> wheelSeen(VirtualDevice& mouse) {
+    std::vector<std::unique_ptr<NodeReader>> readers;
+    std::vector<pollfd> ready;
+    for (const std::string& node : nodesNamed(usbMouse().name)) {
+        readers.push_back(std::make_unique<NodeReader>(node));
+        ready.push_back({readers.back()->descriptor(), POLLIN, 0});
+    }
+    const auto sent = Clock::now();
+    mouse.frame({{EV_REL, REL_WHEEL, 1}});
+    while (elapsedMs(sent) < 1000 && ::poll(ready.data(), ready.size(), 20) >= 0) {
+        for (auto& reader : readers) {
+            for (const InputEvent& e : reader->readAll()) {
+                if (e.type == EV_REL && e.code == REL_WHEEL) {
+                    return {e.value, elapsedMs(sent)};
+                }
+            }
+        }
+    }
+    return {0, elapsedMs(sent)};
+}
+
+// How many descriptors the process has open on these device nodes.
+int descriptorsOn(pid_t pid, const std::vector<std::string>& nodes) {
+    int count = 0;
+    for (const auto& fd :
+         std::filesystem::directory_iterator("/proc/" + std::to_string(pid) + "/fd")) {
+        std::error_code error;
+        count +=
+            std::ranges::count(nodes, std::filesystem::read_symlink(fd.path(), error).string());
+    }
+    return count;
+}
+
+// The service on the guest's own system bus, with the stand-in authority beside it and a mouse
+// plugged in before it starts. Sessions are active and allowed until a case says otherwise.
+class InputService : public ::testing::Test {
+protected:
+    static void SetUpTestSuite() { authority = new StandInAuthority; }
+    static void TearDownTestSuite() { delete authority; }
+    void SetUp() override {
+        ASSERT_NE(std::getenv("DBUS_SYSTEM_BUS_ADDRESS"), nullptr) << "no system bus in the guest";
+        ASSERT_TRUE(authority->isReady()) << "the stand-in cannot own polkit's and logind's names";
+        service.emplace();
+        ASSERT_TRUE(service->isServing()) << "/bin/tolvane-inputd did not take its name in 5 s";
+    }
+    void TearDown() override { service.reset(); }
+
+    static std::unique_ptr<ServiceClient> client(int session) {
+        auto made = std::make_unique<ServiceClient>();
+        authority->place(made->pid(), session);
+        return made;
+    }
+
+    // Whether a notch shows with this value within 2 s (the wheel is let go of after the hold).
+    bool wheelComesTo(int value) {
+        return msUntil([&] { return wheelSeen(*mouse).first == value; }, Clock::now(), 2s) >= 0;
+    }
+
+    static inline StandInAuthority* authority = nullptr;
+    std::unique_ptr<VirtualDevice> mouse = VirtualDevice::plug(usbMouse());
+    std::optional<ServiceProcess> service;
+};
+
+// Each way the caller holding the keyboards can fail, and how soon the keys reach the desktop
+// again: at once when its connection or its session ends, 2 s after its last keep-alive when it
+// stops answering. With seventy keyboards the first is let go of at once and none is left held
+// (each costs the kernel a grace period or two, one after the other). The caller's inversion
+// stays while it is connected.
+TEST_F(InputService, EachWayTheHoldingCallerFailsGivesTheKeysBackInTime) {
+    enum Failure { killed, stopped, frozen, switchedAway };
+    struct Row {
+        const char* what;
+        Failure failure;
+        int keyboards;
+        double fromMs, toMs;
+        bool invertingAfter;
+    };
+    const Row rows[] = {
+        {"caller killed", killed, 1, 0, 1000, false},
+        {"caller stopped", stopped, 1, 1400, 2750, true},
+        {"caller frozen", frozen, 1, 1400, 2750, true},
+        {"caller's session switched away", switchedAway, 1, 0, 1000, false},
+        {"70 keyboards, caller killed", killed, 70, 0, 1000, false},
+    };
+    int session = 0;
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.what);
+        Keyboards keyboards(row.keyboards);
+        auto caller = client(++session);
+        ASSERT_EQ(caller->call(Call::invert), "");
+        ASSERT_EQ(caller->call(Call::hold), "");
+        ASSERT_GE(msUntil([&] { return keyboards.allHeld(); }, Clock::now(), 10s), 0)
+            << keyboards.held() << " held";
+        ASSERT_EQ(wheelSeen(*mouse).first, -1);
+        const auto failed = Clock::now();
+        std::optional<FrozenProcess> freezer;
+        switch (row.failure) {
+        case killed:
+            ::kill(caller->pid(), SIGKILL);
+            break;
+        case stopped:
+            ::kill(caller->pid(), SIGSTOP);
+            break;
+        case frozen:
+            freezer.emplace(caller->pid());
+            ASSERT_EQ(freezer->why, "");
+            break;
+        case switchedAway:
+            authority->setSession(session, false);
+            break;
+        }
+        const double all = msUntil([&] { return keyboards.allFree(); }, failed, 20s);
+        const double first =
+            keyboards.firstFree ? elapsedMs(failed) - elapsedMs(*keyboards.firstFree) : -1;
+        figure(std::string("keys flow again, ") + row.what, first);
+        if (row.keyboards > 1) {
+            figure(std::string("all keys flow again, ") + row.what, all);
+        }
+        EXPECT_GE(first, row.fromMs);
+        EXPECT_LE(first, row.toMs);
+        EXPECT_GE(all, 0) << "a keyboard stayed held";
+        EXPECT_TRUE(wheelComesTo(row.invertingAfter ? -1 : 1)) << "the inversion";
+    }
+}
+
+// A switch of users hands the inversion to the new session's caller alone and keeps nothing of
+// the previous user's open. The caller switched away from is refused from then on, as is a
+// caller of an inactive session or of a remote one that is active, and their wishes count for
+// nothing.
+TEST_F(InputService, ASessionSwitchLeavesTheInversionToTheNewSessionAlone) {
+    Keyboards keyboards(1);
+    auto before = client(101), after = client(102);
+    authority->setSession(102, false);
+    ASSERT_EQ(before->call(Call::invert), "");
+    ASSERT_EQ(before->call(Call::hold), "");
+    authority->setSession(101, false);
+    authority->setSession(102, true);
+    ASSERT_GE(msUntil([&] { return keyboards.allFree(); }), 0) << "the hold outlived the switch";
+    EXPECT_TRUE(wheelComesTo(1)) << "the previous user's inversion stayed";
+    const std::vector<std::string> nodes{keyboards.devices[0]->path(), mouse->path()};
+    EXPECT_GE(msUntil([&] { return descriptorsOn(service->pid(), nodes) == 0; }), 0)
+        << "devices kept open";
+    EXPECT_EQ(after->call(Call::invert), "");
+    EXPECT_EQ(wheelSeen(*mouse).first, -1);
+    EXPECT_EQ(after->call(Call::stopInverting), "");
+    auto inactive = client(101), remote = client(103);
+    authority->setSession(103, true, false);
+    const std::pair<const char*, ServiceClient*> refused[]{
+        {"the caller switched away from", before.get()},
+        {"a caller of the inactive session", inactive.get()},
+        {"a caller of an active remote session", remote.get()}};
+    for (const auto& [who, caller] : refused) {
+        for (const Call member : {Call::invert, Call::hold}) {
+            const auto asked = Clock::now();
+            const std::string what =
+                (member == Call::hold ? "HoldKeyboards of " : "SetInversion of ");
+            EXPECT_EQ(caller->call(member), notAuthorized) << what << who;
+            figure("refused " + what + who, elapsedMs(asked));
+        }
+    }
+    EXPECT_EQ(wheelSeen(*mouse).first, 1) << "a refused caller's inversion counted";
+    EXPECT_EQ(keyboards.held(), 0) << "a refused caller holds";
+}
+
+// Twenty connections that never say anything, ten to the bus itself and ten through it, hold up
+// neither a wheel notch nor the caller's keep-alives.
+TEST_F(InputService, SilentConnectionsHoldUpNeitherTheWheelNorTheHold) {
+    Keyboards keyboards(1);
+    auto caller = client(201);
+    ASSERT_EQ(caller->call(Call::invert), "");
+    ASSERT_EQ(caller->call(Call::hold), "");
+    std::string address = std::getenv("DBUS_SYSTEM_BUS_ADDRESS");
+    sockaddr_un bus{AF_UNIX, {}};
+    address.copy(bus.sun_path, sizeof bus.sun_path - 1, address.find('/'));
+    std::vector<int> unheard;
+    std::vector<sd_bus*> quiet;
+    for (int i = 0; i < 10; ++i) {
+        unheard.push_back(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+        ASSERT_EQ(::connect(unheard.back(), (sockaddr*)&bus, sizeof bus), 0) << bus.sun_path;
+        quiet.push_back(nullptr);
+        const char* unique = nullptr; // waits for the bus's answer to Hello
+        ASSERT_TRUE(sd_bus_open_system(&quiet.back()) >= 0 &&
+                    sd_bus_get_unique_name(quiet.back(), &unique) >= 0);
+    }
+    const auto [value, ms] = wheelSeen(*mouse);
+    figure("a wheel notch beside 20 silent connections", ms);
+    EXPECT_EQ(value, -1);
+    EXPECT_LT(ms, 250);
+    std::this_thread::sleep_for(2500ms);
+    EXPECT_EQ(keyboards.held(), 1) << "the hold ended though the keep-alives came";
+    std::ranges::for_each(unheard, ::close);
+    std::ranges::for_each(quiet, sd_bus_flush_close_unref);
+}
+
+} // namespace
+} // namespace tolvane::kerneltest
