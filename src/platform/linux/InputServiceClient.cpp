@@ -3,6 +3,8 @@
 // slowly starting service freezes the tray (the bus's own limit is 25 s); keep-alives and new
 // settings never wait; and a service that starts anew, after a crash or an upgrade, knows
 // nothing of this session's tap, so the tap's setting is sent again when its name comes back.
+// The trust check only asks: starting the service is the bus's work when access is requested,
+// and a menu that checks trust must not wait on a service being started.
 #include "platform/linux/InputServiceClient.h"
 
 #include <QDBusMessage>
@@ -42,7 +44,9 @@ InputServiceClient::InputServiceClient(const QDBusConnection& bus)
 }
 
 bool InputServiceClient::isTrusted() {
-    return callAndWait(QStringLiteral("ListMice"));
+    QDBusMessage listMice = serviceCall(QStringLiteral("ListMice"), {});
+    listMice.setAutoStartService(false);
+    return callAndWait(listMice);
 }
 
 // The bus starts the service where its activation file is installed, and answers at once
@@ -68,7 +72,7 @@ bool InputServiceClient::openHelp() {
 }
 
 bool InputServiceClient::create(bool inverting) {
-    if (!callAndWait(QStringLiteral("SetInversion"), {inverting})) {
+    if (!callAndWait(serviceCall(QStringLiteral("SetInversion"), {inverting}))) {
         return false;
     }
     tapInverting = inverting;
@@ -81,7 +85,7 @@ void InputServiceClient::setInverting(bool inverting) {
 }
 
 bool InputServiceClient::grab() {
-    if (!callAndWait(QStringLiteral("HoldKeyboards"))) {
+    if (!callAndWait(serviceCall(QStringLiteral("HoldKeyboards"), {}))) {
         return false;
     }
     keepAlive.start();
@@ -93,10 +97,8 @@ void InputServiceClient::release() {
     send(QStringLiteral("ReleaseKeyboards"));
 }
 
-bool InputServiceClient::callAndWait(const QString& method, const QVariantList& arguments) {
-    const QDBusMessage answer =
-        bus.call(serviceCall(method, arguments), QDBus::Block, serviceAnswerWaitMs);
-    return answer.type() == QDBusMessage::ReplyMessage;
+bool InputServiceClient::callAndWait(const QDBusMessage& call) {
+    return bus.call(call, QDBus::Block, serviceAnswerWaitMs).type() == QDBusMessage::ReplyMessage;
 }
 
 void InputServiceClient::send(const QString& method, const QVariantList& arguments) {

@@ -5,6 +5,7 @@
 #include "platform/ScrollTap.h"
 
 #include <QDBusConnection>
+#include <QDBusMessage>
 #include <QDBusServiceWatcher>
 #include <QTimer>
 
@@ -37,7 +38,7 @@ public:
 
 private:
     // Waits for the answer a moment at most: false on an error or when none came in time.
-    bool callAndWait(const QString& method, const QVariantList& arguments = {});
+    bool callAndWait(const QDBusMessage& call);
     // Returns at once; the answer, if any, is not looked at.
     void send(const QString& method, const QVariantList& arguments = {});
 
