@@ -20,6 +20,10 @@
 namespace tolvane::testing {
 namespace {
 
+void touch(const std::string& path) {
+    std::fclose(std::fopen(path.c_str(), "w"));
+}
+
 TEST(QtEventLoopTest, CallsTheLastWatchOnReadableAndStopsWhenUnwatchedFromItsOwnCallback) {
     oslinux::QtEventLoop loop;
     int ends[2];
@@ -46,7 +50,6 @@ TEST(QtEventLoopTest, CallsTheLastWatchOnReadableAndStopsWhenUnwatchedFromItsOwn
 TEST(InotifyNodeWatchTest, AnnouncesEventNodesAsTheyComeChangeAndGo) {
     QTemporaryDir dir;
     const std::string root = dir.path().toStdString(), input = root + "/input";
-    const auto touch = [](const std::string& path) { std::fclose(std::fopen(path.c_str(), "w")); };
     oslinux::QtEventLoop loop;
     std::vector<std::string> seen;
     auto watch = oslinux::watchNodesWithInotify(
@@ -89,17 +92,13 @@ TEST(InotifyNodeWatchTest, AnnouncesEventNodesAsTheyComeChangeAndGo) {
 // A USB mouse as sysfs shows it, `identity` its device's sysfs path.
 oslinux::SysfsDevice mouse(const std::string& identity, const std::string& name,
                            const std::string& phys = "usb-1/input0") {
-    return {identity,
-            {name,
-             phys,
-             code::busUsb,
-             0,
-             0,
-             codeSet<code::relCount>({code::relX, code::relY}),
-             {},
-             codeSet<code::keyCount>({code::btnLeft}),
-             {},
-             {}}};
+    oslinux::SysfsDevice device{identity, {}};
+    device.capabilities.name = name;
+    device.capabilities.phys = phys;
+    device.capabilities.busType = code::busUsb;
+    device.capabilities.rel = codeSet<code::relCount>({code::relX, code::relY});
+    device.capabilities.key = codeSet<code::keyCount>({code::btnLeft});
+    return device;
 }
 
 // Nodes of a stand-in device root, described by a stand-in sysfs; arrivals come through the
@@ -113,9 +112,7 @@ TEST(SysfsPointerDevicesTest, FollowsPointersBySysfsIdentityThroughReusedNodesAn
         {"event2", mouse("/sys/input2", "Keyboard")},
         {"event3", mouse("/sys/input3", "Clone", markedPhys("usb-1/input0"))}};
     sysfs["event2"].capabilities.rel.reset(); // no pointer
-    const auto plug = [&](const std::string& node) {
-        std::fclose(std::fopen((input + "/" + node).c_str(), "w"));
-    };
+    const auto plug = [&](const std::string& node) { touch(input + "/" + node); };
     for (const char* node : {"event1", "event2", "event3", "event4"}) { // event4: not in sysfs
         plug(node);
     }

@@ -1,6 +1,6 @@
 #include "platform/linux/InputServiceClient.h"
 #include "Tolvane/ScrollInverter.h"
-#include "support/FakePlatform.h"
+#include "support/FakePlatform.h" // Lines
 
 #include <QDBusConnection>
 #include <QDBusMessage>
@@ -75,11 +75,9 @@ protected:
         QDBusConnection::disconnectFromBus(QStringLiteral("service"));
         thread.quit();
         thread.wait();
-        daemon.kill();
-        daemon.waitForFinished();
     }
 
-    QProcess daemon;
+    QProcess daemon; // ended with the test
     QThread thread;
     FakeInputService service;
     QDBusConnection serviceBus{QString()}, clientBus{QString()};

@@ -1,6 +1,5 @@
 #include "Tolvane/MouseMonitor.h"
 #include "support/AppHarness.h"
-#include "support/FakePlatform.h"
 
 #include <gtest/gtest.h>
 
