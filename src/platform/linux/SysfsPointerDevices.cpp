@@ -15,15 +15,10 @@ SysfsPointerDevices::SysfsPointerDevices(std::string deviceRoot, Describe descri
     : root(std::move(deviceRoot)), describe(std::move(describe)) {
     // The watch starts before the first scan, or a device plugged in between the two is never
     // seen; a node reported twice is harmless.
-    NodeCallbacks announcements{[this](const std::string& node) { nodeAppeared(node); },
-                                [this](const std::string& node) { nodeVanished(node); },
-                                [this] { reconcile(); }};
-    if (root == "/dev") {
-        nodeWatch = watchNodesWithUdev(loop, announcements);
-    }
-    if (!nodeWatch) {
-        nodeWatch = watchNodesWithInotify(loop, root, announcements);
-    }
+    nodeWatch = watchEventNodes(loop, root,
+                                {[this](const std::string& node) { nodeAppeared(node); },
+                                 [this](const std::string& node) { nodeVanished(node); },
+                                 [this] { reconcile(); }});
     for (const std::string& node : listEventNodes(root)) {
         nodeAppeared(node);
     }
