@@ -1,47 +1,60 @@
 #pragma once
 
+#include "InputService/SdEventLoop.h"
 #include "InputService/router/InputRouter.h"
-#include "kernel/PollLoop.h"
 #include "kernel/VirtualDevices.h"
 
 #include <gtest/gtest.h>
+#include <systemd/sd-event.h>
 
 #include <chrono>
 #include <cstdlib>
 #include <fcntl.h>
-#include <linux/capability.h>
+#include <functional>
 #include <memory>
 #include <string>
 #include <sys/stat.h>
-#include <sys/syscall.h>
 #include <unistd.h>
 
 namespace tolvane::kerneltest {
 
-// A test against the real kernel: a plain loop and, once started, the whole input layer on it.
+// The service's own loop, turned by the test.
+class GuestLoop {
+public:
+    GuestLoop() { sd_event_unref(event); } // the router's loop keeps its own reference
+    // Turns until nothing is ready any more.
+    void settle() {
+        for (int i = 0; i < 10000 && sd_event_run(event, 0) > 0; ++i) {
+        }
+    }
+    // Turns until `done` or the time is up; returns done().
+    bool turnUntil(const std::function<bool()>& done,
+                   std::chrono::milliseconds limit = std::chrono::milliseconds(2000)) {
+        for (const auto end = std::chrono::steady_clock::now() + limit;
+             !done() && std::chrono::steady_clock::now() < end;) {
+            sd_event_run(event, 5000);
+        }
+        return done();
+    }
+
+    sd_event* event = [] {
+        sd_event* made = nullptr;
+        sd_event_new(&made);
+        return made;
+    }();
+    inputd::SdEventLoop router{event};
+};
+
+// A test against the real kernel: the service's loop and, once started, the router on it.
 class GuestFixture : public ::testing::Test {
 protected:
     void start(const std::string& deviceRoot = "/dev") {
-        layer = std::make_unique<oslinux::InputRouter>(loop, deviceRoot);
+        layer = std::make_unique<oslinux::InputRouter>(loop.router, deviceRoot);
     }
     void TearDown() override { layer.reset(); }
 
-    PollLoop loop;
+    GuestLoop loop;
     std::unique_ptr<oslinux::InputRouter> layer;
-};
-
-// While it lives, this process opens nodes as a user would: root's override of file modes is off.
-struct WithoutAccess {
-    WithoutAccess() { override(false); }
-    ~WithoutAccess() { override(true); }
-    static void override(bool on) {
-        __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
-        __user_cap_data_struct caps[2]{};
-        ::syscall(SYS_capget, &header, caps);
-        const unsigned bits = 1U << CAP_DAC_OVERRIDE | 1U << CAP_DAC_READ_SEARCH;
-        caps[0].effective = on ? caps[0].effective | bits : caps[0].effective & ~bits;
-        ::syscall(SYS_capset, &header, caps);
-    }
 };
 
 // A device directory of the test's own making, whose nodes link to real ones.

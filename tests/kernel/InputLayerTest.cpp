@@ -247,40 +247,6 @@ TEST_F(DevicesOverTime, AMouseAndAKeyboardPluggedInLaterAreTakenAndTheirUnplugDr
         << "the clone outlived its device";
 }
 
-// Two input layers (two users, or a second instance) on one machine.
-TEST_F(DevicesOverTime, TwoLayersNeverTakeEachOthersClonesAndNegateTheWheelOnce) {
-    auto mouse = VirtualDevice::plug(usbMouse());
-    start();
-    oslinux::InputRouter second(loop);
-    ASSERT_TRUE(layer->create(&invert, nullptr) && second.create(&invert, nullptr));
-    loop.turnUntil([] { return false; }, 300ms);
-    NodeReader desktop(cloneOf(*mouse, usbMouse().name));
-    mouse->frame({{EV_REL, REL_WHEEL, 2}});
-    loop.settle();
-    EXPECT_EQ(withoutSync(desktop.readAll()), (Events{{EV_REL, REL_WHEEL, -2}}));
-}
-
-// Access granted while mice are plugged in: the monitor reports them before, from what anyone
-// may read of a device, and the tap takes each once its node is readable.
-TEST_F(DevicesOverTime, MiceWithoutReadAccessAreReportedAndTakenOnceReadable) {
-    auto first = VirtualDevice::plug(usbMouse("Tolvane Test First Mouse"));
-    ::chmod(first->path().c_str(), 0);
-    WithoutAccess user;
-    start();
-    openMonitor();
-    EXPECT_EQ(layer->current().size(), 1u) << "the monitor needs read access";
-    EXPECT_FALSE(layer->create(&invert, nullptr));
-    ::chmod(first->path().c_str(), 0600);
-    ASSERT_TRUE(layer->create(&invert, nullptr)); // as the permission poll does once granted
-    auto later = VirtualDevice::plug(usbMouse("Tolvane Test Later Mouse"));
-    ::chmod(later->path().c_str(), 0);
-    EXPECT_TRUE(loop.turnUntil([&] { return added.size() == 1; })) << "not reported";
-    ::chmod(later->path().c_str(), 0600);
-    NodeReader desktop(later->path());
-    EXPECT_TRUE(loop.turnUntil([&] { return !desktop.tryGrab(); })) << "not taken in 2 s";
-    EXPECT_EQ(added.size(), 1u);
-}
-
 // Announcements lost in an overflow of the node watch's queue, while the keyboard's node went
 // and a mouse took its name: the mouse is known for what it is, never held without its clone.
 TEST_F(DevicesOverTime, AfterLostAnnouncementsAReusedNodeNamesTheNewDevice) {
