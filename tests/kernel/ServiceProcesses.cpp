@@ -61,8 +61,9 @@ std::string callService(sd_bus* bus, char member) {
 // every 500 ms while holding; ends when the test closes its end.
 [[noreturn]] void serveCommands(int commands, int outcomes) {
     sd_bus* bus = nullptr;
+    const char* name = nullptr; // waits for the bus's answer to Hello
     if (::setresgid(1000, 1000, 1000) != 0 || ::setresuid(1000, 1000, 1000) != 0 ||
-        sd_bus_open_system(&bus) < 0) {
+        sd_bus_open_system(&bus) < 0 || sd_bus_get_unique_name(bus, &name) < 0) {
         ::_exit(2);
     }
     bool holding = false;
@@ -144,36 +145,25 @@ std::string ServiceClient::call(Call member) {
     return line;
 }
 
-FrozenProcess::FrozenProcess(pid_t pid) {
+std::string freeze(pid_t pid) {
     if (::access("/sys/fs/cgroup/cgroup.procs", F_OK) != 0) {
         ::mount("cgroup2", "/sys/fs/cgroup", "cgroup2", 0, nullptr);
     }
     ::mkdir(group, 0755);
     const std::string at = group;
     if (!write(at + "/cgroup.procs", std::to_string(pid)) || !write(at + "/cgroup.freeze", "1")) {
-        why = "the guest kernel has no cgroup v2 freezer";
-        return;
+        return "the guest kernel has no cgroup v2 freezer";
     }
     for (const auto until = Clock::now() + 2s; Clock::now() < until;) {
         std::ifstream events(at + "/cgroup.events");
         for (std::string line; std::getline(events, line);) {
             if (line == "frozen 1") {
-                return;
+                return "";
             }
         }
         std::this_thread::sleep_for(2ms);
     }
-    why = "the client's group did not freeze in 2 s";
-}
-
-FrozenProcess::~FrozenProcess() {
-    const std::string at = group;
-    write(at + "/cgroup.freeze", "0");
-    std::ifstream procs(at + "/cgroup.procs");
-    for (std::string pid; std::getline(procs, pid);) {
-        write("/sys/fs/cgroup/cgroup.procs", pid);
-    }
-    ::rmdir(group);
+    return "the client's group did not freeze in 2 s";
 }
 
 } // namespace tolvane::kerneltest

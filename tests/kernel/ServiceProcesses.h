@@ -36,12 +36,8 @@ private:
     int commands = -1, outcomes = -1;
 };
 
-// Freezes a process with the cgroup v2 freezer, in a group of its own, while the object lives;
-// `why` says what failed, where it did.
-struct FrozenProcess {
-    explicit FrozenProcess(pid_t pid);
-    ~FrozenProcess();
-    std::string why;
-};
+// Freezes the process with the cgroup v2 freezer, in a group of its own, for the rest of its
+// life; "" once it is frozen, else what failed.
+std::string freeze(pid_t pid);
 
 } // namespace tolvane::kerneltest

@@ -123,28 +123,16 @@ private:
         const int active = id && me.sessions[std::atoi(id + 1)].active;
         return sd_bus_message_append(reply, "b", active);
     }
-    // CheckAuthorization((sa{sv}) subject, s action, a{ss} details, u flags, s cancellation).
+    // CheckAuthorization((sa{sv}) subject, s action, a{ss} details, u flags, s cancellation), the
+    // subject as the service gives it: its caller's bus name alone.
     static int checkAuthorization(sd_bus_message* m, void* self, sd_bus_error*) {
         auto& me = *static_cast<StandInAuthority*>(self);
-        const char *kind = "", *key = "", *name = nullptr, *action = "";
-        sd_bus_message_enter_container(m, 'r', "sa{sv}");
-        sd_bus_message_read(m, "s", &kind);
-        sd_bus_message_enter_container(m, 'a', "{sv}");
-        while (sd_bus_message_enter_container(m, 'e', "sv") > 0) {
-            sd_bus_message_read(m, "s", &key);
-            if (std::strcmp(key, "name") == 0) {
-                sd_bus_message_read(m, "v", "s", &name);
-            } else {
-                sd_bus_message_skip(m, "v");
-            }
-            sd_bus_message_exit_container(m);
-        }
-        sd_bus_message_exit_container(m);
-        sd_bus_message_exit_container(m);
-        sd_bus_message_read(m, "s", &action);
+        const char *kind = "", *key = "", *name = "", *action = "";
+        sd_bus_message_read(m, "(sa{sv})s", &kind, 1, &key, "s", &name, &action);
         sd_bus_creds* creds = nullptr;
         pid_t pid = 0;
-        const bool named = std::strcmp(kind, "system-bus-name") == 0 && name &&
+        const bool named = std::strcmp(kind, "system-bus-name") == 0 &&
+                           std::strcmp(key, "name") == 0 &&
                            sd_bus_get_name_creds(me.bus, name, SD_BUS_CREDS_PID, &creds) >= 0 &&
                            sd_bus_creds_get_pid(creds, &pid) >= 0;
         sd_bus_creds_unref(creds);
