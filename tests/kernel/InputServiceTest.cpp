@@ -1,8 +1,8 @@
 #include "kernel/ServiceProcesses.h"
-#include "kernel/StandInAuthority.h"
 #include "kernel/VirtualDevices.h"
 
 #include <gtest/gtest.h>
+#include <systemd/sd-bus.h>
 
 #include <csignal>
 #include <cstdio>
@@ -125,34 +125,48 @@ int descriptorsOn(pid_t pid, const std::vector<std::string>& nodes) {
     return count;
 }
 
-// The service on the guest's own system bus, with the stand-in authority beside it and a mouse
-// plugged in before it starts. Sessions are active and allowed until a case says otherwise.
+// The service and the stand-in for polkit and logind on the guest's own system bus, and a mouse
+// plugged in before they start. Sessions are active and allowed until a case says otherwise.
 class InputService : public ::testing::Test {
 protected:
-    static void SetUpTestSuite() { authority = new StandInAuthority; }
-    static void TearDownTestSuite() { delete authority; }
     void SetUp() override {
         ASSERT_NE(std::getenv("DBUS_SYSTEM_BUS_ADDRESS"), nullptr) << "no system bus in the guest";
-        ASSERT_TRUE(authority->isReady()) << "the stand-in cannot own polkit's and logind's names";
-        service.emplace();
+        authority.emplace("tolvane-stand-in-authority", "org.freedesktop.login1");
+        ASSERT_TRUE(authority->isServing()) << "the stand-in for polkit and logind did not start";
+        service.emplace("tolvane-inputd", "org.tolvane.Input1");
         ASSERT_TRUE(service->isServing()) << "/bin/tolvane-inputd did not take its name in 5 s";
+        ASSERT_GE(sd_bus_open_system(&bus), 0);
     }
-    void TearDown() override { service.reset(); }
+    void TearDown() override {
+        service.reset();
+        authority.reset();
+        sd_bus_flush_close_unref(bus);
+    }
 
-    static std::unique_ptr<ServiceClient> client(int session) {
+    // A new client, in the given session.
+    std::unique_ptr<ServiceClient> client(unsigned session) {
         auto made = std::make_unique<ServiceClient>();
-        authority->place(made->pid(), session);
+        EXPECT_GE(sd_bus_call_method(bus, "org.freedesktop.login1", "/org/freedesktop/login1",
+                                     "org.tolvane.test.Sessions", "Place", nullptr, nullptr, "uu",
+                                     made->pid(), session),
+                  0);
         return made;
     }
-
+    // allowed false: a remote session, which polkit refuses though it is active.
+    void setSession(unsigned session, bool active, bool allowed = true) {
+        EXPECT_GE(sd_bus_call_method(bus, "org.freedesktop.login1", "/org/freedesktop/login1",
+                                     "org.tolvane.test.Sessions", "Set", nullptr, nullptr, "ubb",
+                                     session, active, allowed),
+                  0);
+    }
     // Whether a notch shows with this value within 2 s (the wheel is let go of after the hold).
     bool wheelComesTo(int value) {
         return msUntil([&] { return wheelSeen(*mouse).first == value; }, Clock::now(), 2s) >= 0;
     }
 
-    static inline StandInAuthority* authority = nullptr;
     std::unique_ptr<VirtualDevice> mouse = VirtualDevice::plug(usbMouse());
-    std::optional<ServiceProcess> service;
+    std::optional<BusProgram> authority, service;
+    sd_bus* bus = nullptr;
 };
 
 // Each way the caller holding the keyboards can fail, and how soon the keys reach the desktop
@@ -178,7 +192,7 @@ TEST_F(InputService, EachWayTheHoldingCallerFailsGivesTheKeysBackInTime) {
         {"20 silent connections beside the caller", silentBeside, 1, -1, -1, true},
         {"70 keyboards, caller killed", killed, 70, 0, 1000, false},
     };
-    int session = 0;
+    unsigned session = 0;
     for (const Row& row : rows) {
         SCOPED_TRACE(row.what);
         Keyboards keyboards(row.keyboards);
@@ -200,7 +214,7 @@ TEST_F(InputService, EachWayTheHoldingCallerFailsGivesTheKeysBackInTime) {
             ASSERT_EQ(freeze(caller->pid()), "");
             break;
         case switchedAway:
-            authority->setSession(session, false);
+            setSession(session, false);
             break;
         case silentBeside:
             for (int i = 0; i < 10; ++i) {
@@ -238,11 +252,11 @@ TEST_F(InputService, EachWayTheHoldingCallerFailsGivesTheKeysBackInTime) {
 TEST_F(InputService, ASessionSwitchLeavesTheInversionToTheNewSessionAlone) {
     Keyboards keyboards(1);
     auto before = client(101), after = client(102);
-    authority->setSession(102, false);
+    setSession(102, false);
     ASSERT_EQ(before->call(Call::invert), "");
     ASSERT_EQ(before->call(Call::hold), "");
-    authority->setSession(101, false);
-    authority->setSession(102, true);
+    setSession(101, false);
+    setSession(102, true);
     ASSERT_GE(msUntil([&] { return keyboards.allFree(); }), 0) << "the hold outlived the switch";
     EXPECT_TRUE(wheelComesTo(1)) << "the previous user's inversion stayed";
     const std::vector<std::string> nodes{keyboards.devices[0]->path(), mouse->path()};
@@ -252,7 +266,7 @@ TEST_F(InputService, ASessionSwitchLeavesTheInversionToTheNewSessionAlone) {
     EXPECT_EQ(wheelSeen(*mouse).first, -1);
     EXPECT_EQ(after->call(Call::stopInverting), "");
     auto inactive = client(101), remote = client(103);
-    authority->setSession(103, true, false);
+    setSession(103, true, false);
     const std::pair<const char*, ServiceClient*> refused[]{
         {"the caller switched away from", before.get()},
         {"a caller of the inactive session", inactive.get()},

@@ -1,7 +1,6 @@
 // Processes around the input service in the guest. The things easy to get wrong: a forked child
 // inherits every descriptor of the test, a grabbing one included, so each child closes all but
-// its own at once; and a child of a test program with threads may only _exit, never return into
-// the test or run its destructors.
+// its own at once; and it may only _exit, never return into the test or run its destructors.
 #include "kernel/ServiceProcesses.h"
 
 #include <systemd/sd-bus.h>
@@ -89,10 +88,11 @@ std::string callService(sd_bus* bus, char member) {
 
 } // namespace
 
-ServiceProcess::ServiceProcess() : child(::fork()) {
+BusProgram::BusProgram(const std::string& program, const char* busName, const char* argument)
+    : child(::fork()) {
     if (child == 0) {
         ::close_range(3, ~0U, 0);
-        ::execl("/bin/tolvane-inputd", "tolvane-inputd", nullptr);
+        ::execl(("/bin/" + program).c_str(), program.c_str(), argument, nullptr);
         ::_exit(127);
     }
     sd_bus* bus = nullptr;
@@ -103,14 +103,14 @@ ServiceProcess::ServiceProcess() : child(::fork()) {
         int owned = 0;
         serving = sd_bus_call_method(bus, "org.freedesktop.DBus", "/org/freedesktop/DBus",
                                      "org.freedesktop.DBus", "NameHasOwner", nullptr, &reply, "s",
-                                     service) >= 0 &&
+                                     busName) >= 0 &&
                   sd_bus_message_read(reply, "b", &owned) >= 0 && owned;
         sd_bus_message_unref(reply);
     }
     sd_bus_flush_close_unref(bus);
 }
 
-ServiceProcess::~ServiceProcess() {
+BusProgram::~BusProgram() {
     end(child, SIGTERM);
 }
 

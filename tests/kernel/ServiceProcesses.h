@@ -5,12 +5,13 @@
 
 namespace tolvane::kerneltest {
 
-// The input service from /bin, on the guest's system bus, for as long as the object lives.
-class ServiceProcess {
+// A program from /bin on the guest's system bus, for as long as the object lives: the input
+// service, or the stand-in for polkit and logind.
+class BusProgram {
 public:
-    ServiceProcess();
-    ~ServiceProcess();
-    bool isServing() const { return serving; } // it took org.tolvane.Input1 within 5 s
+    BusProgram(const std::string& program, const char* busName, const char* argument = nullptr);
+    ~BusProgram();
+    bool isServing() const { return serving; } // it took its bus name within 5 s
     pid_t pid() const { return child; }
 
 private:
