@@ -1,8 +1,9 @@
 #!/bin/sh
 # The keyboard cleaning lock, end to end, inside the test kernel: Xvfb with two monitors and
 # no tray, so that Tolvane's menu comes as its window, xev as an ordinary window that should
-# get the typing, and the real tolvane binary, started as root so that it may use the input
-# devices, and a virtual USB keyboard whose taps a plain reader of its node counts. Run by the
+# get the typing, the input service on the guest's system bus with a stand-in for polkit and
+# logind, the real tolvane binary as its client, and a virtual USB keyboard whose taps a plain
+# reader of its node counts. Run by the
 # guest's /init; run-lock-session.sh boots it and checks the screenshot it sends.
 #
 # Lines for the host: "TOLVANE-STEP ...", "TOLVANE-FAIL: why", and screen dumps between
@@ -30,7 +31,7 @@ shot() {
 fail() {
     echo "TOLVANE-FAIL: $*"
     [ -e "$fb" ] && shot failure
-    for f in /tmp/tolvane.out /tmp/xvfb.log "$log"; do
+    for f in /tmp/tolvane.out /tmp/inputd.out /tmp/xvfb.log "$log"; do
         [ -e "$f" ] && echo "--- $f" && tail -n 30 "$f"
     done
     exit 1
@@ -114,6 +115,12 @@ xev -geometry 240x120+40+440 >/tmp/xev.log 2>&1 &
 wait_for "xev's window" xdotool search --name '^Event Tester$'
 xev_window=$(xdotool search --name '^Event Tester$' | head -n 1)
 xdotool windowfocus --sync "$xev_window"
+
+step "the input service, with a stand-in for polkit and logind that finds every caller active"
+tolvane-stand-in-authority --everyone-active &
+tolvane-inputd >/tmp/inputd.out 2>&1 &
+wait_for "the service on the system bus" dbus-send --system --print-reply --dest=org.tolvane.Input1 \
+    /org/tolvane/Input1 org.tolvane.Input1.ListMice
 
 step "start tolvane; with no tray, its menu comes as a window on the left monitor"
 xdotool mousemove 200 100

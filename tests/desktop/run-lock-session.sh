@@ -5,8 +5,10 @@
 # plugin, font and keymap they load into an initramfs, boots it, and checks the screen dump
 # that lock-session-guest.sh sends back over the serial console.
 #
-#   run-lock-session.sh TOLVANE GUEST_TOOL WORK_DIR
+#   run-lock-session.sh TOLVANE GUEST_TOOL WORK_DIR INPUT_SERVICE STAND_IN BUS_POLICY
 #
+# The input service runs in the guest on a system bus of its own, with the kernel tier's stand-in
+# for polkit and logind, which finds every caller in an active session.
 # The screenshots (PNG) and the guest's log stay in WORK_DIR.
 set -euo pipefail
 
@@ -14,6 +16,7 @@ tolvane=$(realpath "$1")
 guest_tool=$(realpath "$2")
 mkdir -p "$3"
 work=$(realpath "$3")
+service=$4 authority=$5 policy=$6
 here=$(cd "$(dirname "$0")" && pwd)
 tier=desktop
 # shellcheck source=../kernel/guest-lib.sh
@@ -32,8 +35,12 @@ build_root() {
         add_dynamic "$root" "$(command -v "$program")" "/usr/bin/$program"
     done
     add_dynamic "$root" "$tolvane" /usr/bin/tolvane
+    add_dynamic "$root" "$service" /usr/bin/tolvane-inputd
+    add_dynamic "$root" "$authority" /usr/bin/tolvane-stand-in-authority
+    add_dynamic "$root" "$(command -v dbus-send)" /usr/bin/dbus-send
     cp "$guest_tool" "$root/usr/bin/tolvane-lock-guest"
     add_x_session "$root"
+    add_system_bus "$root" "$policy"
     cp "$here/lock-session-guest.sh" "$root/lock-session.sh"
 }
 
@@ -68,7 +75,7 @@ rm -f "$work"/*.png
 prepare_guest
 build_root
 # Uncompressed: the guest would spend longer unpacking it than the host saves in copying.
-GUEST_PACK=plain boot_guest "$work/root" 1536 150 "sh /lock-session.sh"
+GUEST_PACK=plain boot_guest "$work/root" 1536 150 "$start_system_bus && sh /lock-session.sh"
 grep -E '^TOLVANE-(STEP|FAIL|GUEST)|^Monitors|^ [0-9]:' "$work/guest.txt" || true
 sed -n '/^TOLVANE-LOG-BEGIN$/,/^TOLVANE-LOG-END$/p' "$work/guest.txt" | sed '1d;$d'
 extract_shots

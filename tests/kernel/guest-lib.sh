@@ -122,8 +122,8 @@ udevadm trigger --action=add && udevadm settle'
 
 # A system bus of the guest's own: Debian's dbus-daemon with the tier's configuration
 # (guest-bus.conf) and the given policy files where a desktop has them, a root and a desktop
-# user (uid 1000) for its policies. The guest's COMMANDS start it with $start_system_bus after
-# $start_udevd (which mounts /run); it exports the bus's address to what they start after it.
+# user (uid 1000) for its policies. The guest's COMMANDS start it with $start_system_bus (after
+# $start_udevd, which mounts /run); it exports the bus's address to what they start after it.
 add_system_bus() {
     local root=$1
     shift
@@ -131,8 +131,10 @@ add_system_bus() {
     mkdir -p "$root/etc" "$root/usr/share/dbus-1/system.d"
     cp "$(dirname "${BASH_SOURCE[0]}")/guest-bus.conf" "$root/etc/guest-bus.conf"
     [ $# -eq 0 ] || cp "$@" "$root/usr/share/dbus-1/system.d/"
-    printf '%s\n' 'root:x:0:0:root:/root:/bin/sh' 'tolvane:x:1000:1000::/tmp:/bin/sh' >>"$root/etc/passwd"
-    printf '%s\n' 'root:x:0:' 'tolvane:x:1000:' >>"$root/etc/group"
+    grep -q '^root:' "$root/etc/passwd" 2>/dev/null || echo 'root:x:0:0:root:/root:/bin/sh' >>"$root/etc/passwd"
+    grep -q '^root:' "$root/etc/group" 2>/dev/null || echo 'root:x:0:' >>"$root/etc/group"
+    echo 'tolvane:x:1000:1000::/tmp:/bin/sh' >>"$root/etc/passwd"
+    echo 'tolvane:x:1000:' >>"$root/etc/group"
 }
 # shellcheck disable=SC2034
 start_system_bus='mkdir -p /run/tolvane-bus &&
