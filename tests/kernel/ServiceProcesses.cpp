@@ -99,13 +99,9 @@ BusProgram::BusProgram(const std::string& program, const char* busName, const ch
     sd_bus_open_system(&bus);
     for (const auto until = Clock::now() + 5s; bus && !serving && Clock::now() < until;) {
         std::this_thread::sleep_for(10ms);
-        sd_bus_message* reply = nullptr;
-        int owned = 0;
-        serving = sd_bus_call_method(bus, "org.freedesktop.DBus", "/org/freedesktop/DBus",
-                                     "org.freedesktop.DBus", "NameHasOwner", nullptr, &reply, "s",
-                                     busName) >= 0 &&
-                  sd_bus_message_read(reply, "b", &owned) >= 0 && owned;
-        sd_bus_message_unref(reply);
+        sd_bus_creds* owner = nullptr; // none while nobody owns the name
+        serving = sd_bus_get_name_creds(bus, busName, 0, &owner) >= 0;
+        sd_bus_creds_unref(owner);
     }
     sd_bus_flush_close_unref(bus);
 }
