@@ -1,11 +1,13 @@
-// Tolvane's input layer in a process of its own, for the wheel benchmark: every wheel device
-// taken and cloned, each frame through the application's wheel filter with inverting on. The
-// loop is the kernel tier's plain poll() loop, turned until the process is ended.
-#include "TolvaneCore/WheelEvents.h"
-#include "kernel/PollLoop.h"
+// The input service's wheel path in a process of its own, for the wheel benchmark: the
+// service's router on the service's own sd-event loop, every wheel device taken and cloned,
+// each frame negated. Only the bus is left out: the service reads no bus message while a
+// device has input waiting.
+#include "InputService/SdEventLoop.h"
 #include "InputService/router/InputRouter.h"
+#include "TolvaneCore/WheelEvents.h"
 
-#include <chrono>
+#include <systemd/sd-event.h>
+
 #include <cstdio>
 
 namespace {
@@ -17,13 +19,20 @@ void invert(void*, tolvane::InputEvent* events, std::size_t count) {
 } // namespace
 
 int main() {
-    tolvane::kerneltest::PollLoop loop;
-    tolvane::oslinux::InputRouter router(loop);
-    if (!router.create(&invert, nullptr)) {
-        std::fprintf(stderr, "tolvane-wheel: the wheel devices cannot be taken\n");
+    sd_event* event = nullptr;
+    if (sd_event_new(&event) < 0) {
         return 1;
     }
-    for (;;) {
-        loop.turn(std::chrono::milliseconds(-1)); // no timeout: wakes for input only
+    int status = 1;
+    {
+        tolvane::inputd::SdEventLoop loop(event);
+        tolvane::oslinux::InputRouter router(loop);
+        if (router.create(&invert, nullptr)) {
+            status = sd_event_loop(event) < 0 ? 1 : 0;
+        } else {
+            std::fprintf(stderr, "tolvane-wheel: the wheel devices cannot be taken\n");
+        }
     }
+    sd_event_unref(event);
+    return status;
 }

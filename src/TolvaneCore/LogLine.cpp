@@ -1,5 +1,7 @@
 #include "TolvaneCore/LogLine.h"
 
+#include "TolvaneCore/Utf8Text.h"
+
 #include <chrono>
 #include <cstdio>
 
@@ -18,8 +20,10 @@ std::string isoTimestamp(std::int64_t secondsSinceEpoch) {
     return text;
 }
 
-std::string escapedControls(std::string_view message) {
+std::string escapedControls(std::string_view raw) {
     static constexpr char hex[] = "0123456789abcdef";
+    const std::string valid = withValidUtf8(raw);
+    const std::string_view message = valid;
     std::string text;
     text.reserve(message.size());
     for (std::size_t at = 0; at < message.size(); ++at) {
@@ -27,6 +31,17 @@ std::string escapedControls(std::string_view message) {
         // U+0080 to U+009F (NEL among them) arrive as 0xC2 and one byte of 0x80 to 0x9F.
         const bool c1 = byte == 0xc2 && at + 1 < message.size() &&
                         (static_cast<unsigned char>(message[at + 1]) & 0xe0) == 0x80;
+        // U+2028 and U+2029, which editors and JSON readers take for line ends.
+        if (byte == 0xe2 && message.substr(at + 1, 2) == "\x80\xa8") {
+            text += "\\u2028";
+            at += 2;
+            continue;
+        }
+        if (byte == 0xe2 && message.substr(at + 1, 2) == "\x80\xa9") {
+            text += "\\u2029";
+            at += 2;
+            continue;
+        }
         if (byte >= 0x20 && byte != 0x7f && !c1) {
             text += char(byte);
             continue;

@@ -9,8 +9,9 @@ namespace tolvane {
 // "2026-11-18T15:44:21Z": UTC, whole seconds, no fraction.
 std::string isoTimestamp(std::int64_t secondsSinceEpoch);
 
-// The message with every control character (C0, DEL, C1) written as an escape: "\n", "\r",
-// "\t", "\x1b", "\u0085". A device name with a line feed in it cannot forge a second line.
+// The message as valid UTF-8 (see withValidUtf8) with every control character (C0, DEL, C1)
+// and the line and paragraph separators written as an escape: "\n", "\r", "\t", "\x1b",
+// "\u0085", "\u2028". A device name cannot forge a second line or make the log binary.
 std::string escapedControls(std::string_view message);
 
 // One line of the log file: timestamp, one blank, the escaped message, one line feed.

@@ -1,6 +1,7 @@
 #include "TolvaneCore/AutostartEntry.h"
 #include "TolvaneCore/CleaningClock.h"
 #include "TolvaneCore/LogLine.h"
+#include "TolvaneCore/Utf8Text.h"
 
 #include "support/TextTable.h"
 
@@ -21,7 +22,18 @@ TEST(LogFileLine, IsAUtcTimestampToTheSecondABlankTheEscapedMessageAndALineFeed)
     EXPECT_EQ(logFileLine(0, std::string("a\r\tb\x1b[2J\x7f\0\xc2\x85z", 13)),
               "1970-01-01T00:00:00Z a\\r\\tb\\x1b[2J\\x7f\\x00\\u0085z\n");
     EXPECT_EQ(systemLogEntry("mouse connected: A\nB"), "Tolvane: mouse connected: A\\nB");
+    // Nor make grep call the log a binary file.
+    EXPECT_EQ(systemLogEntry("M\xff\xe2\x80\xa8x\xe2\x80\xa9"),
+              "Tolvane: M\xef\xbf\xbd\\u2028x\\u2029");
     EXPECT_EQ(logFileLine(4102444799, ""), "2099-12-31T23:59:59Z \n");
+}
+
+// Catches a device name that makes the service's D-Bus reply invalid: every malformed byte
+// becomes U+FFFD, every well-formed sequence stays.
+TEST(Utf8Text, KeepsWellFormedSequencesAndReplacesEachBadByte) {
+    for (const TableRow& row : readTable("utf8-text.txt", 2)) {
+        EXPECT_EQ(withValidUtf8(row[0]), row[1]) << row.where;
+    }
 }
 
 TEST(Elapsed, CountsWholeMinutesAndSecondsOfTheDistanceWithoutAnHoursField) {

@@ -170,6 +170,17 @@ bool InputRouter::create(platform::WheelEventFilter wheelFilter, void* context) 
     return true;
 }
 
+void InputRouter::stopTap() {
+    tapping = false;
+    filter = nullptr;
+    filterContext = nullptr;
+    for (auto& [node, entry] : known) {
+        if (takesWheel(entry)) {
+            applyRoles(node, entry);
+        }
+    }
+}
+
 bool InputRouter::grab() {
     if (holding) {
         return true;

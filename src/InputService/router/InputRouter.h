@@ -1,11 +1,11 @@
 #pragma once
 
+#include "InputService/router/RoutedDevice.h"
 #include "platform/KeyboardGrab.h"
 #include "platform/PointerDevices.h"
 #include "platform/ScrollTap.h"
 #include "platform/linux/devices/EventLoop.h"
 #include "platform/linux/devices/NodeWatch.h"
-#include "InputService/router/RoutedDevice.h"
 
 #include <functional>
 #include <map>
@@ -42,6 +42,8 @@ public:
     // The wheel tap. False, with nothing taken, when uinput or an event node cannot be opened.
     // A device another program holds is left to it, one uinput will not clone is left out.
     bool create(platform::WheelEventFilter filter, void* context) override;
+    // Lets go of every wheel device the tap alone took.
+    void stopTap();
 
     // The keyboard hold. False, with nothing held, when a node cannot be opened or no keyboard
     // can be taken; one another program holds, or uinput will not clone, is left out. A keyboard

@@ -1,12 +1,12 @@
 #pragma once
 
+#include "InputService/router/EvdevDevice.h"
+#include "InputService/router/UinputClone.h"
 #include "TolvaneCore/DeviceRoles.h"
 #include "TolvaneCore/FrameAssembler.h"
 #include "TolvaneCore/GrabState.h"
 #include "platform/ScrollTap.h"
-#include "InputService/router/EvdevDevice.h"
 #include "platform/linux/devices/EventLoop.h"
-#include "InputService/router/UinputClone.h"
 
 #include <functional>
 #include <memory>
