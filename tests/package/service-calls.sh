@@ -21,6 +21,7 @@ if [[ $1 == --inside ]]; then
     # Users and a rule of the throwaway root: what is written to /etc stays in it.
     printf '%s:x:%s:%s::/nonexistent:/usr/sbin/nologin\n' "$allowed" 4101 4101 "$refused" 4102 4102 \
         >>/etc/passwd
+    printf '%s:x:%s:\n' "$allowed" 4101 "$refused" 4102 >>/etc/group
     cat >/etc/polkit-1/rules.d/50-tolvane-test.rules <<RULE
 polkit.addRule(function (action, subject) {
     if (action.id == "org.tolvane.input.use" && subject.user == "$allowed")
@@ -32,15 +33,16 @@ RULE
     dbus-daemon --system --nofork --nopidfile 2>"$work/dbus.log" &
     pids+=($!)
     wait_for "the system bus" test -S /run/dbus/system_bus_socket
-    setpriv --reuid=polkitd --regid=polkitd --init-groups /usr/lib/polkit-1/polkitd --no-debug \
-        >"$work/polkitd.log" 2>&1 &
+    # polkitd, started as root, becomes its own user polkitd.
+    /usr/lib/polkit-1/polkitd --no-debug >"$work/polkitd.log" 2>&1 &
     pids+=($!)
     # The program that the bus would start, as root.
     "$(sed -n 's/^Exec=//p' /usr/share/dbus-1/system-services/org.tolvane.Input1.service)" \
         >"$work/inputd.log" 2>&1 &
     pids+=($!)
     for name in org.freedesktop.PolicyKit1 org.tolvane.Input1; do
-        wait_for "$name on the bus" busctl status "$name"
+        wait_for "$name on the bus" busctl call org.freedesktop.DBus /org/freedesktop/DBus \
+            org.freedesktop.DBus GetNameOwner s "$name"
     done
     as() {
         setpriv --reuid="$1" --regid="$1" --clear-groups dbus-send --system --print-reply "${@:2}" 2>&1
@@ -68,7 +70,7 @@ make_root "$work/root"
 step "install $(basename "$deb") into $root"
 in_root --install "$deb"
 "$here/installed-view.sh" "$root" "$0" --inside "$work" || {
-    cat "$work"/*.log >&2
+    tail -n 20 "$work"/{dbus,polkitd,inputd}.log >&2
     exit 1
 }
 echo PASS
