@@ -65,6 +65,7 @@ RULE
     exit 0
 fi
 
+[[ $(id -u) -eq 0 ]] || fail "needs root: the bus and polkitd change to users of their own, and two test users call"
 use_package "$@"
 make_root "$work/root"
 step "install $(basename "$deb") into $root"
