@@ -29,15 +29,16 @@ polkit.addRule(function (action, subject) {
 });
 RULE
     pids=()
-    trap 'kill "${pids[@]}" 2>/dev/null || true' EXIT
+    trap 'kill "${pids[@]}" 2>/dev/null || true; wait' EXIT
     dbus-daemon --system --nofork --nopidfile 2>"$work/dbus.log" &
     pids+=($!)
     wait_for "the system bus" test -S /run/dbus/system_bus_socket
     # polkitd, started as root, becomes its own user polkitd.
     /usr/lib/polkit-1/polkitd --no-debug >"$work/polkitd.log" 2>&1 &
     pids+=($!)
-    # The program that the bus would start, as root.
-    "$(sed -n 's/^Exec=//p' /usr/share/dbus-1/system-services/org.tolvane.Input1.service)" \
+    # The program that the bus would start, as its unit runs it: root without capabilities.
+    setpriv --bounding-set=-all --inh-caps=-all --no-new-privs \
+        "$(sed -n 's/^Exec=//p' /usr/share/dbus-1/system-services/org.tolvane.Input1.service)" \
         >"$work/inputd.log" 2>&1 &
     pids+=($!)
     for name in org.freedesktop.PolicyKit1 org.tolvane.Input1; do
