@@ -63,35 +63,33 @@ function lost(key) {
 }
 
 END {
-    app = "tolvane-qt/1"; layer = "tolvane/1"; floor = "floor/1"; peer = "interception-tools/1"
+    # Tolvane's input layer on a plain poll loop, as the input service runs it on its own.
+    layer = "tolvane/1"; floor = "floor/1"; peer = "interception-tools/1"
     print "| Figure | Value | Ratio to the floor | Goal | Met |"
     print "|---|---|---|---|---|"
 
     latency(floor, "1. Wheel latency, floor (bare pass-through, `bench/wheel/wheel-floor.c`)", "", "")
-    appRatio = value(app, "median_x")
-    met = has(app, "median_x") ? yesno(appRatio + 0 <= 1.1) : "**no**"
-    latency(app, "1. Wheel latency, Tolvane as the application runs it (input layer on Qt's loop)",
-            "at most 1.1 × floor", met)
-    latency(layer, "1. Wheel latency, Tolvane's input layer alone (on a plain poll loop)", "", "")
+    ratio = value(layer, "median_x")
+    latency(layer, "1. Wheel latency, Tolvane's input layer (as the input service runs it)",
+            "at most 1.1 × floor", ratio == "missing" ? "**no**" : yesno(ratio + 0 <= 1.1))
     # The same with Debian's udevd running, each against the floor measured beside it.
     latency("floor-udevd/1", "1. Wheel latency with udevd, floor", "", "")
-    udevdRatio = value("tolvane-qt-udevd/1", "median_x")
-    latency("tolvane-qt-udevd/1", "1. Wheel latency with udevd, Tolvane as the application runs it",
+    udevdRatio = value("tolvane-udevd/1", "median_x")
+    latency("tolvane-udevd/1", "1. Wheel latency with udevd, Tolvane's input layer",
             "at most 1.1 × floor", udevdRatio == "missing" ? "**no**" : yesno(udevdRatio + 0 <= 1.1))
-    latency("tolvane-udevd/1", "1. Wheel latency with udevd, Tolvane's input layer alone", "", "")
     latency(peer, "1. Wheel latency, interception-tools (`interception -g` \\| negating filter \\| `uinput -d`)", "", "")
-    if (has(app, "median_us") && has(peer, "median_us"))
+    if (has(layer, "median_us") && has(peer, "median_us"))
         row("1. Tolvane's median against interception-tools'",
-            wheel[app, "median_us"] " µs against " wheel[peer, "median_us"] " µs",
-            wheel[app, "median_x"] " against " wheel[peer, "median_x"], "below interception-tools",
-            yesno(wheel[app, "median_us"] + 0 < wheel[peer, "median_us"] + 0))
+            wheel[layer, "median_us"] " µs against " wheel[peer, "median_us"] " µs",
+            wheel[layer, "median_x"] " against " wheel[peer, "median_x"], "below interception-tools",
+            yesno(wheel[layer, "median_us"] + 0 < wheel[peer, "median_us"] + 0))
     for (k in seen)
         if (lost(k))
             row("1. Frames lost or wrong, " k, (wheel[k, "sent"] - wheel[k, "arrived"]) " of " wheel[k, "sent"], "", "none", "**no**")
 
-    split(floor " " layer " " app " " peer, paths, " ")
-    split("floor|Tolvane's input layer alone|Tolvane as the application|interception-tools", names, "|")
-    for (i = 1; i <= 4; ++i) {
+    split(floor " " layer " " peer, paths, " ")
+    split("floor|Tolvane's input layer|interception-tools", names, "|")
+    for (i = 1; i <= 3; ++i) {
         ratio = ""
         if (has(paths[i], "cpu_us") && has(floor, "cpu_us"))
             ratio = sprintf("%.2f", wheel[paths[i], "cpu_us"] / wheel[floor, "cpu_us"])
@@ -100,24 +98,24 @@ END {
     }
     split("1 8 32", mice, " ")
     for (i = 1; i <= 3; ++i) {
-        key = "tolvane-qt/" mice[i]
+        key = "tolvane/" mice[i]
         growth = -1
-        if (has(key, "median_us") && has(app, "median_us"))
-            growth = wheel[key, "median_us"] / wheel[app, "median_us"]
+        if (has(key, "median_us") && has(layer, "median_us"))
+            growth = wheel[key, "median_us"] / wheel[layer, "median_us"]
         goal = ""; met = ""
         if (i > 1) { goal = "flat: within 1.1 × one mouse"; met = growth < 0 ? "**no**" : yesno(growth <= 1.1) }
         shown = value(key, "median_us") " µs (" sprintf("%.2f", growth) " × one mouse)"
         if ((key, "error") in wheel)
             shown = "failed: " wheel[key, "error"]
-        row("2. Wheel latency with " mice[i] (i == 1 ? " mouse" : " mice") " held (Tolvane as the application), median",
+        row("2. Wheel latency with " mice[i] (i == 1 ? " mouse" : " mice") " held (Tolvane's input layer), median",
             shown, value(key, "median_x"), goal, met)
     }
     for (i = 1; i <= 3; ++i) {
-        key = "tolvane-qt/" mice[i]
+        key = "tolvane/" mice[i]
         row("2. Start of Tolvane's input layer to " (i == 1 ? "its one mouse" : "all " mice[i] " mice") " taken", value(key, "start_ms") " ms", "", "", "")
     }
 
-    for (i = 1; i <= 4; ++i) {
+    for (i = 1; i <= 3; ++i) {
         goal = ""; met = ""
         if (i > 1) { goal = "0"; met = has(paths[i], "idle_wakeups") ? yesno(wheel[paths[i], "idle_wakeups"] == 0) : "**no**" }
         row("3. Wake-ups over 10 s idle with the mouse held, " names[i] " (test kernel)",

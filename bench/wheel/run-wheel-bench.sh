@@ -1,10 +1,9 @@
 #!/bin/bash
 # Boots the test kernel with the wheel benchmark and prints its "wheel:" lines (see
 # wheel-latency.cpp): the floor (wheel-floor), Tolvane's input layer on a plain poll loop
-# (tolvane-wheel) and on Qt's loop as the application runs it (tolvane-wheel-qt), Debian's
-# interception-tools (`interception -g`, Debian's name for `intercept`, piped through
-# negate-wheel into `uinput -d`), and Tolvane on Qt's loop again with 8 and 32 mice plugged.
-# Then Debian's udevd starts, as desktops run it, and the floor and both Tolvane programs run
+# (tolvane-wheel), Debian's interception-tools (`interception -g`, Debian's name for
+# `intercept`, piped through negate-wheel into `uinput -d`), and Tolvane again with 8 and 32
+# mice plugged. Then Debian's udevd starts, as desktops run it, and the floor and Tolvane run
 # again (labels ending in -udevd): Tolvane then follows udevd's announcements, not the folder.
 #
 #   run-wheel-bench.sh BIN_DIR WORK_DIR [FRAMES] [ROUNDS] [IDLE_SECONDS]
@@ -59,7 +58,7 @@ fetch_interception_tools() {
 build_root() {
     local program
     start_guest_root "$root"
-    for program in wheel-latency wheel-floor negate-wheel tolvane-wheel tolvane-wheel-qt; do
+    for program in wheel-latency wheel-floor negate-wheel tolvane-wheel; do
         [ -x "$bin/$program" ] || fail "no $bin/$program: build the bench targets first"
         add_dynamic "$root" "$bin/$program" "/bin/$program"
     done
@@ -81,14 +80,12 @@ build_root
 boot_guest "$root" 768 900 "/bin/wheel-latency $frames $rounds $idle \\
     'floor 1 same exec /bin/wheel-floor \"\$BENCH_DEVICE\"' \\
     'tolvane 1 negated exec /bin/tolvane-wheel' \\
-    'tolvane-qt 1 negated exec /bin/tolvane-wheel-qt' \\
     'interception-tools 1 negated /opt/interception/interception -g \"\$BENCH_DEVICE\" | /bin/negate-wheel | /opt/interception/uinput -d \"\$BENCH_DEVICE\"' \\
-    'tolvane-qt 8 negated exec /bin/tolvane-wheel-qt' \\
-    'tolvane-qt 32 negated exec /bin/tolvane-wheel-qt' && $start_udevd &&
+    'tolvane 8 negated exec /bin/tolvane-wheel' \\
+    'tolvane 32 negated exec /bin/tolvane-wheel' && $start_udevd &&
     /bin/wheel-latency $frames $rounds $idle \\
     'floor-udevd 1 same exec /bin/wheel-floor \"\$BENCH_DEVICE\"' \\
-    'tolvane-udevd 1 negated exec /bin/tolvane-wheel' \\
-    'tolvane-qt-udevd 1 negated exec /bin/tolvane-wheel-qt'"
+    'tolvane-udevd 1 negated exec /bin/tolvane-wheel'"
 grep '^wheel:' "$work/guest.txt" || fail "the guest printed no figures (see $work/guest.txt)"
 result=$(guest_result) || exit 1
 [ "$result" = 0 ] || fail "not every frame came through (exit $result, see $work/guest.txt)"

@@ -1,5 +1,6 @@
-// Input access: at launch the scroll tap is tried; without access the system's prompt and the
-// program's alert come up, and a poll retries the tap until it starts, so no restart is needed.
+// Input access: at launch the scroll tap is asked of the input service; where the service does
+// not serve this session, the system is asked to start it, the program's alert comes up, and a
+// poll retries the tap until it starts, so no restart is needed.
 #include "Tolvane/AppDelegate.h"
 
 #include <QApplication>
@@ -13,9 +14,9 @@ namespace {
 
 const char* const alertMessage = "Grant Input Access";
 const char* const alertInformation =
-    "Tolvane needs access to input devices to change scroll direction instantly and to lock the "
-    "keyboard for cleaning. Allow it when your system asks, or follow the steps in Help, then it "
-    "will start working automatically.";
+    "Tolvane needs its input service to change scroll direction instantly and to lock the keyboard "
+    "for cleaning. Install or start the service as Help explains, then it will start working "
+    "automatically.";
 
 } // namespace
 
@@ -41,7 +42,7 @@ void AppDelegate::startInverterOrPrompt() {
 
 void AppDelegate::permissionTick() {
     // Qt's timers also fire inside modal loops and while a menu is open; the poll waits for
-    // both to close, so a granted access never changes the program under an open alert.
+    // both to close, so a service that comes never changes the program under an open alert.
     if (QApplication::activeModalWidget() || QApplication::activePopupWidget()) {
         return;
     }

@@ -16,7 +16,7 @@ constexpr const char* usage =
     "  -h, --help     show this help and exit\n"
     "      --version  show the version and exit\n"
     "\n"
-    "See tolvane(1) for the input access it needs and the files it keeps.\n";
+    "See tolvane(1) for the input service it uses and the files it keeps.\n";
 
 constexpr const char* version = "tolvane " TOLVANE_VERSION "\n"
                                 "License GPLv3+: GNU GPL version 3 or later.\n"

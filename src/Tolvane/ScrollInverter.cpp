@@ -1,29 +1,28 @@
 #include "Tolvane/ScrollInverter.h"
 
-#include "TolvaneCore/WheelEvents.h"
 #include "platform/ScrollTap.h"
 
 namespace tolvane {
 
+ScrollInverter::Inversion& ScrollInverter::Inversion::operator=(bool newValue) {
+    value = newValue;
+    if (tap) {
+        tap->setInverting(value);
+    }
+    return *this;
+}
+
 ScrollInverter::ScrollInverter(platform::ScrollTap& scrollTap) : scrollTap(scrollTap) {}
 
 bool ScrollInverter::start() {
-    if (tap) {
+    if (inverting.tap) {
         return true;
     }
-    if (!scrollTap.create(&ScrollInverter::handle, this)) {
+    if (!scrollTap.create(inverting.value)) {
         return false;
     }
-    tap = true;
+    inverting.tap = &scrollTap;
     return true;
-}
-
-void ScrollInverter::handle(void* context, InputEvent* events, std::size_t count) {
-    const auto* inverter = static_cast<const ScrollInverter*>(context);
-    if (!inverter->inverting) {
-        return;
-    }
-    negateWheelAxes(events, count);
 }
 
 } // namespace tolvane

@@ -1,32 +1,37 @@
 #pragma once
 
-#include "TolvaneCore/InputEvent.h"
-
-#include <cstddef>
-
 namespace tolvane {
 
 namespace platform {
 class ScrollTap;
 }
 
-// The one place that touches wheel events: while `inverting` is true every wheel value that
-// passes the tap leaves negated, otherwise events pass unchanged.
+// The one place that turns the wheel: while `inverting` is true the input service negates every
+// wheel value of this session's tap, otherwise wheel events pass unchanged.
 class ScrollInverter {
 public:
+    // A flag the owner writes directly; once the tap exists each write reaches it.
+    class Inversion {
+    public:
+        Inversion& operator=(bool value);
+        operator bool() const { return value; }
+
+    private:
+        friend class ScrollInverter;
+        bool value = false;
+        platform::ScrollTap* tap = nullptr; // set once the tap exists
+    };
+
     explicit ScrollInverter(platform::ScrollTap& scrollTap);
 
-    // True when the tap exists, made now or earlier; false when making it failed.
+    // True when the tap exists, made now or earlier; false when making it failed. The tap
+    // starts with the value `inverting` has then, written before or not.
     bool start();
 
-    // Written directly by the owner; takes effect with the next event, tap or no tap.
-    bool inverting = false;
+    Inversion inverting;
 
 private:
-    static void handle(void* context, InputEvent* events, std::size_t count);
-
     platform::ScrollTap& scrollTap;
-    bool tap = false;
 };
 
 } // namespace tolvane

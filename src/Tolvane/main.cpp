@@ -3,10 +3,10 @@
 #include "Tolvane/Log.h"
 #include "platform/linux/AutostartLoginRegistration.h"
 #include "platform/linux/DesktopScrollSetting.h"
-#include "platform/linux/DeviceNodeAccess.h"
-#include "platform/linux/LinuxInput.h"
+#include "platform/linux/InputServiceClient.h"
 #include "platform/linux/ProcHostStatistics.h"
 #include "platform/linux/SingleInstanceLock.h"
+#include "platform/linux/SysfsPointerDevices.h"
 #include "platform/linux/SyslogSystemLog.h"
 
 #include <QApplication>
@@ -51,12 +51,13 @@ int main(int argc, char** argv) {
     oslinux::SyslogSystemLog systemLog;
     Log::setSystemLog(&systemLog);
 
-    oslinux::LinuxInput linuxInput;
-    oslinux::InputRouter& input = linuxInput.router();
-    oslinux::DeviceNodeAccess access;
+    // Input goes through the input service; the mouse monitor reads sysfs and opens no node.
+    oslinux::InputServiceClient service;
+    oslinux::SysfsPointerDevices pointers;
     oslinux::ProcHostStatistics host;
     oslinux::AutostartLoginRegistration login(QApplication::applicationFilePath().toStdString());
-    platform::Platform platform{access, input, input, input, host, login, scrollSetting, systemLog};
+    platform::Platform platform{service, service, pointers,      service,
+                                host,    login,   scrollSetting, systemLog};
 
     AppDelegate delegate(platform, AppDelegate::defaultSettingsPath());
     instance.onOpenRequest([&delegate] { delegate.openMenu(); });

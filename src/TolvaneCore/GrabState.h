@@ -10,12 +10,12 @@ enum class GrabState { loose, waiting, grabbed };
 
 // What the device's owner observed or decided.
 enum class GrabEvent {
-    wantedKeyDown,   // a role wants the device and something on it is down
-    wantedIdle,      // a role wants the device and nothing on it is down
-    grabRefused,     // EVIOCGRAB failed: another program holds the device
-    grabbedKeyDown,  // the grab held, but a press slipped in before it
-    grabbedIdle,     // the grab held with nothing down
-    unwanted,        // no role wants the device any more
+    wantedKeyDown,  // a role wants the device and something on it is down
+    wantedIdle,     // a role wants the device and nothing on it is down
+    grabRefused,    // EVIOCGRAB failed: another program holds the device
+    grabbedKeyDown, // the grab held, but a press slipped in before it
+    grabbedIdle,    // the grab held with nothing down
+    unwanted,       // no role wants the device any more
 };
 
 // What the owner does for a transition, in this order.

@@ -4,17 +4,19 @@
 
 namespace tolvane::platform {
 
-// Whether the program may read and re-emit input, and the ways to ask the user for it.
+// Whether the input service serves this session, and the ways to bring it or to tell the user
+// how to install it.
 class InputAccess {
 public:
     virtual ~InputAccess() = default;
 
     virtual bool isTrusted() = 0;
 
-    // The system's own prompt for access; returns without waiting for it.
+    // Asks the system to start the service where it is installed; returns without waiting.
     virtual void requestAccess() = 0;
 
-    // Opens the help page that tells how to grant access; false when no program can open it.
+    // Opens the help page that tells how to install or start the service; false when no program
+    // can open it.
     virtual bool openHelp() = 0;
     // Where that page is, to tell the user when it cannot be opened.
     virtual std::string helpPage() = 0;

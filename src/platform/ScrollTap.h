@@ -1,23 +1,19 @@
 #pragma once
 
-#include "TolvaneCore/InputEvent.h"
-
 namespace tolvane::platform {
 
-// Called on the main thread with the events of one wheel device read since the last call,
-// in order, before they are re-emitted. It may change values in place; it must not block,
-// allocate or log.
-using WheelEventFilter = void (*)(void* context, InputEvent* events, std::size_t count);
-
-// Input grab and re-emit for every wheel device, present and future.
+// This session's wheel tap, which the input service keeps: every wheel device taken, and its
+// wheel values negated while the tap is inverting.
 class ScrollTap {
 public:
     virtual ~ScrollTap() = default;
 
-    // Takes every wheel device, and follows arrivals from then on. False, with nothing taken,
-    // when the input devices cannot be opened. Called again after a success it must not be:
-    // the caller keeps that state.
-    virtual bool create(WheelEventFilter filter, void* context) = 0;
+    // Asks for the tap with its first setting. False when the service is absent, does not
+    // answer or refuses this session; the caller keeps whether it succeeded.
+    virtual bool create(bool inverting) = 0;
+
+    // A new setting for the tap that exists; returns without waiting for the service.
+    virtual void setInverting(bool inverting) = 0;
 };
 
 } // namespace tolvane::platform

@@ -50,6 +50,7 @@ TEST_F(AppDelegateTest, StoredSettingsMiceAndTheDesktopsDirectionAtStartGiveTheS
         const AppState state{row[3][0] == 'T', row[3][1] == 'T', row[3][2] == 'm' ? M : T};
         EXPECT_EQ(delegate->currentState(), state);
         EXPECT_EQ(delegate->isInverting(), (state.mode == T) != (row[2] == "yes"));
+        EXPECT_EQ(fakes().scrollTap.inverting, delegate->isInverting());
         EXPECT_EQ(storedText("autoEnabled"), state.autoEnabled ? "true" : "false");
         EXPECT_EQ(storedText("mode"), modeName(state.mode));
     }

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "InputService/router/InputRouter.h"
 #include "kernel/PollLoop.h"
 #include "kernel/VirtualDevices.h"
-#include "InputService/router/InputRouter.h"
 
 #include <gtest/gtest.h>
 

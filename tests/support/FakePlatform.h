@@ -57,26 +57,15 @@ public:
 class FakeScrollTap final : public platform::ScrollTap, Recording {
 public:
     using Recording::Recording;
-    bool create(platform::WheelEventFilter f, void* c) override {
+    bool create(bool value) override {
         recorder.record(available ? "scrollTap.create -> true" : "scrollTap.create -> false");
-        filter = available ? f : filter;
-        context = available ? c : context;
+        inverting = available ? std::optional(value) : inverting;
         return available;
     }
+    void setInverting(bool value) override { inverting = value; }
 
-    // Passes events through the installed filter as the real tap would before re-emitting.
-    std::vector<InputEvent> pass(std::vector<InputEvent> events) const {
-        if (filter) {
-            filter(context, events.data(), events.size());
-        }
-        return events;
-    }
-
-    bool available = true; // the answer of create()
-
-private:
-    platform::WheelEventFilter filter = nullptr;
-    void* context = nullptr;
+    bool available = true;         // the answer of create()
+    std::optional<bool> inverting; // what the service was told last, once the tap exists
 };
 
 class FakePointerDevices final : public platform::PointerDevices {

@@ -21,12 +21,7 @@ InputRouter::InputRouter(EventLoop& loop, std::string deviceRoot, LogLine log)
     NodeCallbacks callbacks{[this](const std::string& node) { nodeAppeared(node); },
                             [this](const std::string& node) { nodeVanished(node); },
                             [this] { reconcile(); }};
-    if (root == "/dev") {
-        nodeWatch = watchNodesWithUdev(loop, callbacks);
-    }
-    if (!nodeWatch) {
-        nodeWatch = watchNodesWithInotify(loop, root, callbacks);
-    }
+    nodeWatch = watchEventNodes(loop, root, callbacks);
     for (const std::string& node : listEventNodes(root)) {
         nodeAppeared(node);
     }
@@ -144,7 +139,7 @@ bool InputRouter::allNodesReadable() {
     return true;
 }
 
-bool InputRouter::create(platform::WheelEventFilter wheelFilter, void* context) {
+bool InputRouter::create(FrameAssembler::Filter wheelFilter, void* context) {
     const int uinput = ::open((root + "/uinput").c_str(), O_RDWR | O_CLOEXEC);
     if (uinput < 0) {
         return false;

@@ -3,7 +3,6 @@
 #include "InputService/router/RoutedDevice.h"
 #include "platform/KeyboardGrab.h"
 #include "platform/PointerDevices.h"
-#include "platform/ScrollTap.h"
 #include "platform/linux/devices/EventLoop.h"
 #include "platform/linux/devices/NodeWatch.h"
 
@@ -21,9 +20,7 @@ namespace tolvane::oslinux {
 // roles: the wheel tap (every wheel device, from its start on) and the keyboard hold (every
 // keyboard and media-key device, while held). Virtual devices marked as Tolvane's clones,
 // whoever made them, are never taken or reported. A device left out is told to `log`.
-class InputRouter final : public platform::ScrollTap,
-                          public platform::PointerDevices,
-                          public platform::KeyboardGrab {
+class InputRouter final : public platform::PointerDevices, public platform::KeyboardGrab {
 public:
     using LogLine = std::function<void(const std::string&)>;
     explicit InputRouter(EventLoop& loop, std::string deviceRoot = "/dev", LogLine log = {});
@@ -41,7 +38,7 @@ public:
 
     // The wheel tap. False, with nothing taken, when uinput or an event node cannot be opened.
     // A device another program holds is left to it, one uinput will not clone is left out.
-    bool create(platform::WheelEventFilter filter, void* context) override;
+    bool create(FrameAssembler::Filter filter, void* context);
     // Lets go of every wheel device the tap alone took.
     void stopTap();
 
@@ -85,7 +82,7 @@ private:
     std::map<std::string, Known> known;
     platform::PointerDevices::Callbacks pointerCallbacks;
     bool tapping = false;
-    platform::WheelEventFilter filter = nullptr;
+    FrameAssembler::Filter filter = nullptr;
     void* filterContext = nullptr;
     bool holding = false;
     bool sessionActive = true;

@@ -5,7 +5,6 @@
 #include "TolvaneCore/DeviceRoles.h"
 #include "TolvaneCore/FrameAssembler.h"
 #include "TolvaneCore/GrabState.h"
-#include "platform/ScrollTap.h"
 #include "platform/linux/devices/EventLoop.h"
 
 #include <functional>

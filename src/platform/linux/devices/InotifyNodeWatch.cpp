@@ -180,4 +180,14 @@ std::unique_ptr<NodeWatch> watchNodesWithInotify(EventLoop& loop, const std::str
     return std::make_unique<InotifyNodeWatch>(loop, fd, deviceRoot, std::move(callbacks));
 }
 
+std::unique_ptr<NodeWatch> watchEventNodes(EventLoop& loop, const std::string& deviceRoot,
+                                           const NodeCallbacks& callbacks) {
+    if (deviceRoot == "/dev") {
+        if (auto udev = watchNodesWithUdev(loop, callbacks)) {
+            return udev;
+        }
+    }
+    return watchNodesWithInotify(loop, deviceRoot, callbacks);
+}
+
 } // namespace tolvane::oslinux

@@ -31,6 +31,10 @@ std::unique_ptr<NodeWatch> watchNodesWithUdev(EventLoop& loop, NodeCallbacks cal
 std::unique_ptr<NodeWatch> watchNodesWithInotify(EventLoop& loop, const std::string& deviceRoot,
                                                  NodeCallbacks callbacks);
 
+// The watch to use: udevd's where the root is /dev and udevd answers, else the directory's.
+std::unique_ptr<NodeWatch> watchEventNodes(EventLoop& loop, const std::string& deviceRoot,
+                                           const NodeCallbacks& callbacks);
+
 // The event nodes present now under deviceRoot/input, in number order.
 std::vector<std::string> listEventNodes(const std::string& deviceRoot);
 

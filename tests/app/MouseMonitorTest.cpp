@@ -1,33 +1,10 @@
 #include "Tolvane/MouseMonitor.h"
-#include "Tolvane/ScrollInverter.h"
-#include "TolvaneCore/WheelEvents.h"
 #include "support/AppHarness.h"
-#include "support/FakePlatform.h"
 
 #include <gtest/gtest.h>
 
 namespace tolvane::testing {
 namespace {
-
-// Every wheel axis, hi-res ones included, turns only while inverting. (Failed starts and their
-// retries are the delegate's polling, in its own test.)
-TEST(ScrollInverter, NegatesEveryWheelAxisOnlyWhileInvertingThroughOneTap) {
-    FakePlatform fakes;
-    ScrollInverter inverter(fakes.scrollTap);
-    inverter.inverting = true; // set before the tap exists
-    ASSERT_TRUE(inverter.start());
-    const std::vector<InputEvent> frame{
-        {evRel, 0, 4},          {evRel, relWheel, 1},         {evRel, relWheelHiRes, 120},
-        {evRel, relHWheel, -1}, {evRel, relHWheelHiRes, -60}, {evKey, 0x110, 1},
-        {evSyn, 0, 0}};
-    std::vector<InputEvent> turned = frame;
-    for (int i = 1; i <= 4; ++i) {
-        turned[i].value = -turned[i].value;
-    }
-    EXPECT_EQ(fakes.scrollTap.pass(frame), turned);
-    inverter.inverting = false;
-    EXPECT_EQ(fakes.scrollTap.pass(frame), frame);
-}
 
 const platform::PointerDevice usbMouse{"usb-1", {1, 2, 0, "USB Mouse"}};
 const platform::PointerDevice btMouse{"bt-1", {1, 2, 0, "BT Mouse"}};
