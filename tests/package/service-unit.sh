@@ -5,8 +5,8 @@
 # call activates the service through the bus (SystemdService=, the unit is not even enabled),
 # and it must answer from inside its sandbox, with no capability, no new privileges and its
 # system-call filter, and still be the same process after more than one watchdog period. The
-# devices' part of the sandbox (DevicePolicy=) a container's systemd may not apply; the service
-# meets real device nodes in the kernel tier.
+# devices' part of the sandbox (DevicePolicy=) a container's systemd may not apply, and the
+# container has no input devices: the service answers with no mice.
 #
 #   service-unit.sh BUILD_DIR WORK_DIR
 set -euo pipefail
