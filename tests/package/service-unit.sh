@@ -37,6 +37,9 @@ fi
 use_package "$@"
 dpkg-deb --extract "$deb" "$work/tree"
 units=$work/etc/systemd/system
+# A short watchdog period for the test only, so that a few seconds prove it is fed.
+mkdir -p "$units/tolvane-inputd.service.d"
+printf '[Service]\nWatchdogSec=3s\n' >"$units/tolvane-inputd.service.d/watchdog.conf"
 mkdir -p "$units" "$work/etc/polkit-1/rules.d" "$work/log" "$work/root"
 printf '[Unit]\nWants=dbus.socket polkit.service tolvane-checks.service\n' >"$units/tolvane-checks.target"
 printf '[Unit]\nAfter=dbus.socket polkit.service\n[Service]\nType=oneshot\nExecStart=%s\n' \
