@@ -1,19 +1,21 @@
 # The Debian package, made by `cpack -G DEB` (scripts/package does it all) in a build
 # configured with -DCMAKE_INSTALL_PREFIX=/usr. Library dependencies are computed by dpkg-shlibdeps from the
-# installed binary; the rest are what the program and the access helper run:
-#   pkexec            asks for the administrator's consent to run the helper
-#   udev, kmod        udevadm and modprobe, called by the helper
+# installed binaries; the rest are what the program and the input service need besides:
+#   polkitd           decides each call to the service
+#   a system bus      the service's only door (polkitd names it the same way)
+#   kmod              modprobe, with which postinst loads uinput at once
 #   qt6-qpa-plugins   Qt's X11 platform plugin, without which no tray icon shows
 #   qt6-wayland       Qt's Wayland platform plugin, so that Tolvane runs natively on Wayland
 # and recommended, for GNOME's own natural-scroll setting (absent without them, which counts
 # as off): gsettings-desktop-schemas, and libglib2.0-bin for the gsettings tool that reads it;
 # and suggested, for GNOME, whose panel has no tray without it: gnome-shell-extension-appindicator.
 # Tolvane is published under the GNU GPL, version 3 or later (LICENSE, data/debian/copyright).
-# The only maintainer script, postrm, removes on purge what the helper wrote to /etc.
+# The maintainer scripts enable and start the service where systemd runs, stop it on removal,
+# and take away the udev rule that versions before the service wrote (data/debian/).
 
-# The binary, the desktop entry, the polkit action and the manual page hold absolute paths
-# made from the install prefix, so the package unpacks exactly there, and only /usr suits a
-# Debian package.
+# The binaries, the desktop entry, the unit, the bus activation file and the manual page hold
+# absolute paths made from the install prefix, so the package unpacks exactly there, and only
+# /usr suits a Debian package.
 if(NOT CMAKE_INSTALL_PREFIX STREQUAL "/usr")
     message(STATUS "No Debian package: configure with -DCMAKE_INSTALL_PREFIX=/usr to make one")
     return()
@@ -33,8 +35,10 @@ set(CPACK_PACKAGE_DESCRIPTION
     "the keyboard while you clean it, and its menu shows live gauges of processor,\n"
     "memory and storage use.\n"
     "\n"
-    "Tolvane reads the input devices directly. Its helper, run through pkexec,\n"
-    "installs a udev rule that gives the user at the local seat access to them.")
+    "Raw input belongs to its small input service, a sandboxed system service on\n"
+    "D-Bus. It grabs mice to invert their wheel and holds keyboards during\n"
+    "cleaning; it never hands input events to any program and never writes events\n"
+    "of its own making. polkit lets only the active local session's Tolvane ask.")
 string(JOIN "" CPACK_PACKAGE_DESCRIPTION ${CPACK_PACKAGE_DESCRIPTION})
 
 set(CPACK_DEBIAN_PACKAGE_NAME tolvane)
@@ -42,10 +46,12 @@ set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION utils)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_PACKAGE_DEPENDS "pkexec, udev, kmod, qt6-qpa-plugins, qt6-wayland")
+set(CPACK_DEBIAN_PACKAGE_DEPENDS
+    "polkitd, default-dbus-system-bus | dbus-system-bus, kmod, qt6-qpa-plugins, qt6-wayland")
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "gsettings-desktop-schemas, libglib2.0-bin")
 set(CPACK_DEBIAN_PACKAGE_SUGGESTS "gnome-shell-extension-appindicator")
-set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_SOURCE_DIR}/data/debian/postrm)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_SOURCE_DIR}/data/debian/postinst
+    ${CMAKE_CURRENT_SOURCE_DIR}/data/debian/prerm ${CMAKE_CURRENT_SOURCE_DIR}/data/debian/postrm)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 
 # What Debian expects of every package's files: no symbols, directories 0755.

@@ -2,11 +2,11 @@
 # What the .deb holds, read with dpkg-deb and checked without installing it, where lintian
 # (package.lintian: owners, modes, stripping, copyright, maintainer scripts, library
 # dependencies) does not look: the files that name other files name ones in the package, the
-# desktop entry and AppStream metadata are well formed, the program's command line answers
-# without starting it, Depends names pkexec, and the installed help page as Debian's chromium,
-# headless, shows it: nothing cut off, every image loaded, every link to a file or an anchor
-# leads somewhere, and the commands it gives are the installed helper's (the same rule, the
-# same two files, the same udevadm calls).
+# desktop entry and AppStream metadata are well formed, systemd rates the service's sandbox at
+# an exposure of 1.5 or less, the program's command line answers without starting it, Depends
+# names polkitd, and the installed help page as Debian's chromium, headless, shows it: nothing
+# cut off, every image loaded, every link to a file or an anchor leads somewhere, and the
+# commands it gives name the packaged unit and bus name.
 #
 #   check-archive.sh BUILD_DIR WORK_DIR
 set -euo pipefail
@@ -15,15 +15,12 @@ use_package "$@"
 tree=$work/tree
 dpkg-deb --extract "$deb" "$tree"
 
-step "the desktop entry, its icon, and the polkit action's helper are in the package"
+step "the desktop entry and its icon are in the package"
 entry=$tree/usr/share/applications/tolvane.desktop
 desktop-file-validate "$entry" || fail "desktop-file-validate found problems"
 icons=$tree/usr/share/icons/hicolor icon=$(desktop_value "$entry" Icon)
 xmllint --noout "$icons/scalable/apps/$icon.svg" "$icons/symbolic/apps/$icon-symbolic.svg" ||
     fail "no well-formed icon and symbolic icon named $icon"
-helper=$(xmllint --xpath 'string(//annotate[@key="org.freedesktop.policykit.exec.path"])' \
-    "$tree/usr/share/polkit-1/actions/org.tolvane.grant-input-access.policy")
-[[ -x $tree$helper ]] || fail "the polkit action names '$helper', which the package does not hold"
 appstreamcli validate-tree --no-net "$tree" || fail "appstreamcli found errors or warnings"
 
 step "every path the manual page gives under /usr is packaged"
@@ -35,9 +32,18 @@ for path in $paths; do
     [[ -e $tree$path ]] || fail "the manual page names $path, which the package does not hold"
 done
 
-step "Depends names pkexec, which the program runs for the helper"
+step "systemd rates the service's sandbox at an exposure of at most 1.5"
+# (That the bus files and the unit name each other and work, package.service_unit finds.)
+units=$tree/usr/lib/systemd/system unit=$units/tolvane-inputd.service
+systemd-analyze security --offline=true --root="$tree" "$(basename "$unit")" >"$work/security.txt" 2>&1 ||
+    fail "$(cat "$work/security.txt")"
+exposure=$(sed -n 's/^.*Overall exposure level for .*: \([0-9.]*\) .*$/\1/p' "$work/security.txt")
+echo "    exposure $exposure"
+awk -v e="$exposure" 'BEGIN { exit !(e != "" && e <= 1.5) }' || fail "$(grep -F ✗ "$work/security.txt")"
+
+step "Depends names polkitd, which decides each call to the service"
 # (The libraries dpkg-shlibdeps adds; lintian fails the package where that step was left out.)
-dpkg-deb --field "$deb" Depends | grep -qw pkexec || fail "pkexec is not a dependency"
+dpkg-deb --field "$deb" Depends | grep -qw polkitd || fail "polkitd is not a dependency"
 
 step "--help and --version answer, and anything else fails, without touching a file"
 mkdir -p "$work/cli"
@@ -86,15 +92,9 @@ while read -r file; do
     [[ -e $file ]] || fail "the page links to $file, which is not there"
 done < <(sed -n 's/^file: //p' "$work/report")
 
-step "the commands on the page are the installed helper's"
-# What the helper writes and runs, as the page shows them; each must appear on the page.
-{
-    sed -n 's/^\(rule\|modules\)=//p' "$tree$helper"
-    grep -x 'KERNEL==.*' "$tree$helper"
-    sed -n 's/^\(udevadm \(control\|trigger\) .*\)$/sudo \1/p' "$tree$helper"
-} >"$work/helper-lines"
-[[ $(wc -l <"$work/helper-lines") -ge 6 ]] || fail "the helper's rule and calls were not found"
-while read -r line; do
-    grep -qF -- "$line" "$work/report" || fail "the page does not show the helper's: $line"
-done <"$work/helper-lines"
+step "the commands on the page name the packaged unit and the service's bus name"
+grep -qF "busctl call $(sed -n 's/^BusName=//p' "$unit") " "$work/report" || fail "the page calls no packaged bus name"
+while read -r name; do
+    [[ -f $units/$name ]] || fail "the page names $name, which the package does not hold"
+done < <(grep -o '[a-z-]*\.service' "$work/report" | sort -u)
 echo PASS

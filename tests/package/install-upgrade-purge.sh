@@ -1,14 +1,14 @@
 #!/bin/bash
 # The package's life on a machine, in a throwaway root that dpkg --root installs into and
-# installed-view.sh lays over this machine: install, a first session, an upgrade, removal and
-# purge. Purge must take back what the access helper wrote to /etc and leave the user's
-# settings, log and autostart entry.
+# installed-view.sh lays over this machine: install, a first session, an upgrade over the files
+# that versions before the input service wrote, removal and purge. Install enables the service;
+# the upgrade deletes the old udev rule; purge must leave nothing in the root but dpkg's own
+# records, and the user's settings, log and autostart entry as they were.
 #
 # The session runs the installed Tolvane on Xvfb and trayer (tests/desktops/session-lib.sh)
-# inside installed-view.sh, with stand-ins for pkexec, xdg-open, udevadm and modprobe first in
-# PATH that write down how they were called; the pkexec stand-in then runs what it was given,
-# as an administrator who agrees would. It starts the program named by the application list's
-# entry, answers the input access alert with Open Help, switches Launch at login on and quits.
+# inside installed-view.sh, with a stand-in for xdg-open first in PATH that writes down how it
+# was called. It starts the program named by the application list's entry, answers the input
+# access alert (no service answers there) with Open Help, switches Launch at login on and quits.
 #
 #   install-upgrade-purge.sh BUILD_DIR WORK_DIR
 set -euo pipefail
@@ -21,11 +21,8 @@ if [[ $1 == --session ]]; then
     [[ ${TOLVANE_INSIDE_SESSION:-} == 1 ]] || { run_in_session "$0" "$@"; exit; }
     enter_session
     mkdir -p "$work/stubs" "$work/calls"
-    for name in pkexec xdg-open udevadm modprobe; do
-        printf '#!/bin/sh\necho "$*" >>"%s/calls/%s"\n' "$work" "$name" >"$work/stubs/$name"
-        chmod +x "$work/stubs/$name"
-    done
-    echo 'exec "$@"' >>"$work/stubs/pkexec"
+    printf '#!/bin/sh\necho "$*" >>"%s/calls/xdg-open"\n' "$work" >"$work/stubs/xdg-open"
+    chmod +x "$work/stubs/xdg-open"
     export PATH=$work/stubs:$PATH
     autostart=$XDG_CONFIG_HOME/autostart/tolvane.desktop
     is_packaged() { grep -qx -- "$1" "$packaged"; }
@@ -35,14 +32,6 @@ if [[ $1 == --session ]]; then
     is_packaged "$tolvane" || fail "the entry's Exec is '$tolvane', not a program of the package"
     start_trayer
     alert_key=Return start_tolvane # Open Help
-
-    step "Tolvane asked pkexec to run the packaged helper, and the helper wrote the rule"
-    wait_for "pkexec's call" test -s "$work/calls/pkexec"
-    helper=$(head -n1 "$work/calls/pkexec")
-    is_packaged "$helper" || fail "pkexec was asked to run '$helper', which is not packaged"
-    # Its last step; the rule it wrote is checked outside the session.
-    wait_for "the helper's reload of udev" grep -q -- '--reload-rules' "$work/calls/udevadm"
-    grep -qx 'uinput' /etc/modules-load.d/tolvane-uinput.conf || fail "uinput is not loaded at boot"
 
     step "Open Help opens the packaged help page"
     wait_for "xdg-open's call" test -s "$work/calls/xdg-open"
@@ -62,70 +51,56 @@ if [[ $1 == --session ]]; then
     exit 0
 fi
 use_package "$@"
-root=$work/root
-# The folders that udev and kmod, both dependencies, would have made.
-mkdir -p "$root/var/lib/dpkg/info" "$root/var/lib/dpkg/updates" "$root/etc/udev/rules.d" \
-    "$root/etc/modules-load.d"
-touch "$root/var/lib/dpkg/status"
+make_root "$work/root"
+wants=$root/etc/systemd/system/multi-user.target.wants/tolvane-inputd.service
 rule=$root/etc/udev/rules.d/70-tolvane-input-access.rules
 modules=$root/etc/modules-load.d/tolvane-uinput.conf
 home=$work/session/home
 user_files=("$home/.config/Tolvane/Tolvane.conf" "$home/.local/state/Tolvane/Tolvane.log"
     "$home/.config/autostart/tolvane.desktop")
-
 status_of() { dpkg --root="$root" --status tolvane 2>/dev/null | sed -n "s/^${1:-Status}: //p"; }
-# dpkg on the throwaway root: maintainer scripts run outside a chroot, with DPKG_ROOT set, and
-# the dependencies, which this root does not hold, are not checked here.
-in_root() {
-    local as_root=()
-    [[ $(id -u) -eq 0 ]] || as_root=(fakeroot)
-    PATH=$PATH:/usr/sbin:/sbin "${as_root[@]}" dpkg --root="$root" --log=/dev/null --force-not-root \
-        --force-script-chrootless --force-depends "$@" >"$work/dpkg.log" 2>&1 ||
-        fail "$(cat "$work/dpkg.log")"
-}
+
 step "install $(basename "$deb") into $root"
 in_root --install "$deb"
 [[ $(status_of) == "install ok installed" ]] || fail "status after install: $(status_of)"
 dpkg --root="$root" --listfiles tolvane >"$work/packaged"
-[[ ! -e $rule ]] || fail "installing wrote the udev rule; only the helper may"
+[[ $(readlink "$wants") == /usr/lib/systemd/system/tolvane-inputd.service ]] ||
+    fail "installing did not enable the input service"
 
-# A log line of an earlier launch, which the session must append to, and a symlink at the
-# rule's path, which the helper, run as root, must replace and not write through.
+# A log line of an earlier launch, which the session must append to.
 mkdir -p "$(dirname "${user_files[1]}")"
 echo "an earlier launch" >"${user_files[1]}"
-echo target >"$work/target"
-ln -s "$work/target" "$rule"
 "$here/installed-view.sh" "$root" "$0" --session "$work/session" "$work/packaged"
-[[ -s $rule && ! -L $rule && -s $modules ]] || fail "the helper's files did not reach the root's /etc"
-[[ $(cat "$work/target") == target ]] || fail "the helper wrote through a symlink"
-[[ $(stat -c %a "$rule") == 644 ]] || fail "the rule's mode is $(stat -c %a "$rule"), not 644"
 for file in "${user_files[@]}"; do
     [[ -s $file ]] || fail "the session left no $file"
 done
 [[ $(head -n1 "${user_files[1]}") == "an earlier launch" ]] || fail "the log was not appended to"
 sha256sum "${user_files[@]}" >"$work/user-files.sha256"
 
-step "upgrade to a later version of the same package"
+step "upgrade to a later version, over the udev rule and module file of versions before the service"
+mkdir -p "$(dirname "$rule")" "$(dirname "$modules")"
+echo 'KERNEL=="event[0-9]*", SUBSYSTEM=="input", TAG+="uaccess"' >"$rule"
+echo uinput >"$modules"
 dpkg-deb --raw-extract "$deb" "$work/next"
 version=$(status_of Version)
 sed -i "s/^Version: .*/Version: $version+1/" "$work/next/DEBIAN/control"
 dpkg-deb --root-owner-group --build "$work/next" "$work/next.deb" >/dev/null
 in_root --install "$work/next.deb"
 [[ $(status_of Version) == "$version+1" ]] || fail "version after the upgrade: $(status_of Version)"
-[[ -s $rule && -s $modules ]] || fail "the upgrade took away the input access"
+[[ ! -e $rule && ! -e $modules ]] || fail "the upgrade left the old rule or module file"
+[[ -L $wants ]] || fail "the upgrade disabled the input service"
 
-step "remove: the program goes, the input access stays until purge"
+step "remove: the program and the service go"
 in_root --remove tolvane
 [[ $(status_of) == "deinstall ok config-files" ]] || fail "status after remove: $(status_of)"
 left=$(find "$root" -path "$root/var/lib/dpkg" -prune -o -path "$root/etc" -prune -o \
-    -not -type d -print)
+    -path "$root/var/lib/systemd" -prune -o -not -type d -print)
 [[ -z $left ]] || fail "files left after remove: $left"
-[[ -s $rule && -s $modules ]] || fail "remove took the input access back; only purge does"
 
-step "purge: the helper's files go, the user's files stay as they were"
+step "purge: nothing is left but dpkg's records; the user's files stay as they were"
 in_root --purge tolvane
 [[ -z $(status_of) ]] || fail "status after purge: $(status_of)"
-[[ ! -e $rule ]] || fail "purge left $rule"
-[[ ! -e $modules ]] || fail "purge left $modules"
+left=$(find "$root" -path "$root/var/lib/dpkg" -prune -o -not -type d -print)
+[[ -z $left ]] || fail "files left after purge: $left"
 sha256sum --check --quiet "$work/user-files.sha256" || fail "purge changed the user's files"
 echo PASS

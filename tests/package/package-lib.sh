@@ -1,3 +1,4 @@
+# shellcheck shell=bash disable=SC2034
 # Helpers of the package tier's scripts. Sourced, not run.
 
 step() { echo "--- [${SECONDS}s] $*"; }
@@ -24,4 +25,21 @@ desktop_value() {
         group == "[Desktop Entry]" && index($0, key "=") == 1 {
             print substr($0, length(key) + 2); exit
         }' "$1"
+}
+
+# make_root ROOT: `root`, an empty throwaway root that dpkg --root can install into.
+make_root() {
+    root=$1
+    mkdir -p "$root/var/lib/dpkg/info" "$root/var/lib/dpkg/updates"
+    touch "$root/var/lib/dpkg/status"
+}
+
+# dpkg on the throwaway root: maintainer scripts run outside a chroot, with DPKG_ROOT set, and
+# the dependencies, which this root does not hold, are not checked here.
+in_root() {
+    local as_root=()
+    [[ $(id -u) -eq 0 ]] || as_root=(fakeroot)
+    PATH=$PATH:/usr/sbin:/sbin "${as_root[@]}" dpkg --root="$root" --log=/dev/null --force-not-root \
+        --force-script-chrootless --force-depends "$@" >"$work/dpkg.log" 2>&1 ||
+        fail "$(cat "$work/dpkg.log")"
 }
