@@ -122,15 +122,15 @@ udevadm trigger --action=add && udevadm settle'
 
 # A system bus of the guest's own: Debian's dbus-daemon with the tier's configuration
 # (guest-bus.conf) and the given policy files where a desktop has them, a root and a desktop
-# user (uid 1000) for its policies. The guest's COMMANDS start it with $start_system_bus (after
-# $start_udevd, which mounts /run); it exports the bus's address to what they start after it.
+# user (uid 1000) for its policies: add_system_bus ROOT POLICY... The guest's COMMANDS start it
+# with $start_system_bus, which exports the bus's address to what they start after it.
 add_system_bus() {
     local root=$1
     shift
     add_dynamic "$root" /usr/bin/dbus-daemon /usr/bin/dbus-daemon
     mkdir -p "$root/etc" "$root/usr/share/dbus-1/system.d"
     cp "$(dirname "${BASH_SOURCE[0]}")/guest-bus.conf" "$root/etc/guest-bus.conf"
-    [ $# -eq 0 ] || cp "$@" "$root/usr/share/dbus-1/system.d/"
+    cp "$@" "$root/usr/share/dbus-1/system.d/"
     grep -q '^root:' "$root/etc/passwd" 2>/dev/null || echo 'root:x:0:0:root:/root:/bin/sh' >>"$root/etc/passwd"
     grep -q '^root:' "$root/etc/group" 2>/dev/null || echo 'root:x:0:' >>"$root/etc/group"
     echo 'tolvane:x:1000:1000::/tmp:/bin/sh' >>"$root/etc/passwd"
