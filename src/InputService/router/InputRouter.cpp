@@ -7,7 +7,6 @@
 #include "platform/linux/devices/NodeWatch.h"
 #include "platform/linux/devices/SysfsDevice.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
 #include <unistd.h>
@@ -88,19 +87,9 @@ void InputRouter::drop(const std::string& node) {
 }
 
 void InputRouter::reconcile() {
-    const std::vector<std::string> present = listEventNodes(root);
-    std::vector<std::string> gone;
-    for (const auto& [node, entry] : known) {
-        if (std::find(present.begin(), present.end(), node) == present.end()) {
-            gone.push_back(node);
-        }
-    }
-    for (const std::string& node : gone) {
-        drop(node);
-    }
-    for (const std::string& node : present) {
-        nodeAppeared(node);
-    }
+    reconcileNodes(
+        root, known, [this](const std::string& node) { drop(node); },
+        [this](const std::string& node) { nodeAppeared(node); });
 }
 
 bool InputRouter::learn(const std::string& node, Known& entry) {
@@ -216,19 +205,6 @@ bool InputRouter::takesWheel(const Known& entry) {
 bool InputRouter::takesKeys(const Known& entry) {
     return entry.capabilities && !isTolvaneClone(*entry.capabilities) &&
            keyHoldFor(*entry.capabilities) != KeyHold::none;
-}
-
-void InputRouter::setSessionActive(bool active) {
-    if (active == sessionActive) {
-        return;
-    }
-    sessionActive = active;
-    for (auto& [node, entry] : known) {
-        if (active && !entry.capabilities) {
-            learn(node, entry); // a node that appeared while the access was another user's
-        }
-        applyRoles(node, entry);
-    }
 }
 
 void InputRouter::open(Callbacks callbacks) {

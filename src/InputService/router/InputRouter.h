@@ -51,11 +51,6 @@ public:
     void open(Callbacks callbacks) override;
     std::vector<platform::PointerDevice> current() override;
 
-    // While the login session is not the active one (another user's is, after a switch of
-    // users), every device is let go of and closed; the roles stay and take their devices
-    // again once the session is active.
-    void setSessionActive(bool active);
-
 private:
     struct Known {
         std::optional<DeviceCapabilities> capabilities; // absent until learned
@@ -85,7 +80,6 @@ private:
     FrameAssembler::Filter filter = nullptr;
     void* filterContext = nullptr;
     bool holding = false;
-    bool sessionActive = true;
     std::unique_ptr<NodeWatch> nodeWatch; // last: its callbacks reach everything above
 };
 

@@ -12,8 +12,8 @@ InputRouter::Outcome InputRouter::applyRoles(const std::string& node, Known& ent
     if (!entry.capabilities) {
         return Outcome::done;
     }
-    const bool wheelRole = sessionActive && tapping && takesWheel(entry);
-    const bool keyRole = sessionActive && holding && takesKeys(entry);
+    const bool wheelRole = tapping && takesWheel(entry);
+    const bool keyRole = holding && takesKeys(entry);
     if (!entry.routed) {
         if (!wheelRole && !keyRole) {
             return Outcome::done;

@@ -7,8 +7,6 @@
 
 #include "TolvaneCore/DeviceRoles.h"
 
-#include <algorithm>
-
 namespace tolvane::oslinux {
 
 SysfsPointerDevices::SysfsPointerDevices(std::string deviceRoot, Describe describe)
@@ -74,19 +72,9 @@ void SysfsPointerDevices::nodeVanished(const std::string& node) {
 }
 
 void SysfsPointerDevices::reconcile() {
-    const std::vector<std::string> present = listEventNodes(root);
-    std::vector<std::string> gone;
-    for (const auto& [node, entry] : known) {
-        if (std::find(present.begin(), present.end(), node) == present.end()) {
-            gone.push_back(node);
-        }
-    }
-    for (const std::string& node : gone) {
-        drop(node);
-    }
-    for (const std::string& node : present) {
-        nodeAppeared(node);
-    }
+    reconcileNodes(
+        root, known, [this](const std::string& node) { drop(node); },
+        [this](const std::string& node) { nodeAppeared(node); });
 }
 
 void SysfsPointerDevices::learn(const std::string& node, SysfsDevice device) {

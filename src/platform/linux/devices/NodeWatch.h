@@ -2,6 +2,7 @@
 
 #include "platform/linux/devices/EventLoop.h"
 
+#include <algorithm>
 #include <functional>
 #include <memory>
 #include <string>
@@ -39,5 +40,25 @@ std::unique_ptr<NodeWatch> watchEventNodes(EventLoop& loop, const std::string& d
 std::vector<std::string> listEventNodes(const std::string& deviceRoot);
 
 bool isEventNodeName(const std::string& name);
+
+// After announcements were lost: `vanished` for each node of `known` (a map keyed by node name)
+// that is no longer present, then `appeared` for every node present, in number order.
+template <class KnownNodes, class Vanished, class Appeared>
+void reconcileNodes(const std::string& deviceRoot, const KnownNodes& known, Vanished vanished,
+                    Appeared appeared) {
+    const std::vector<std::string> present = listEventNodes(deviceRoot);
+    std::vector<std::string> gone;
+    for (const auto& [node, entry] : known) {
+        if (std::find(present.begin(), present.end(), node) == present.end()) {
+            gone.push_back(node);
+        }
+    }
+    for (const std::string& node : gone) {
+        vanished(node);
+    }
+    for (const std::string& node : present) {
+        appeared(node);
+    }
+}
 
 } // namespace tolvane::oslinux
