@@ -1,6 +1,7 @@
 #pragma once
 
 #include "InputService/SdEventLoop.h"
+#include "InputService/router/BackgroundClose.h"
 #include "InputService/router/InputRouter.h"
 #include "kernel/VirtualDevices.h"
 
@@ -23,9 +24,11 @@ class GuestLoop {
 public:
     GuestLoop() { sd_event_unref(event); } // the router's loop keeps its own reference
     // Turns until nothing is ready any more.
+    // Also waits for the twins let go of to be gone.
     void settle() {
         for (int i = 0; i < 10000 && sd_event_run(event, 0) > 0; ++i) {
         }
+        oslinux::finishBackgroundClosing();
     }
     // Turns until `done` or the time is up; returns done().
     bool turnUntil(const std::function<bool()>& done,

@@ -199,7 +199,11 @@ TEST_F(InputService, EachWayTheHoldingCallerFailsGivesTheKeysBackInTime) {
         Keyboards keyboards(row.keyboards);
         auto caller = client(++session);
         ASSERT_EQ(caller->call(Call::invert), "");
+        const auto asked = Clock::now();
         ASSERT_EQ(caller->call(Call::hold), "");
+        if (row.keyboards > 1) {
+            figure(std::string("hold answered, ") + row.what, elapsedMs(asked));
+        }
         ASSERT_GE(msUntil([&] { return keyboards.allHeld(); }, Clock::now(), 10s), 0)
             << keyboards.held() << " held";
         ASSERT_EQ(wheelSeen(*mouse).first, -1);

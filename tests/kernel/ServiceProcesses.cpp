@@ -133,7 +133,7 @@ std::string ServiceClient::call(Call member) {
     std::string line;
     pollfd ready{outcomes, POLLIN, 0};
     for (char c = 0; c != '\n'; line += c) {
-        if (::poll(&ready, 1, 5000) <= 0 || ::read(outcomes, &c, 1) != 1) {
+        if (::poll(&ready, 1, 30000) <= 0 || ::read(outcomes, &c, 1) != 1) {
             return "no answer";
         }
     }

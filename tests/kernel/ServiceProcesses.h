@@ -29,7 +29,8 @@ public:
     ServiceClient();
     ~ServiceClient();
     pid_t pid() const { return child; }
-    // "" when the service answered, else the error's name ("no answer" after 5 s).
+    // "" when the service answered, else the error's name ("no answer" after 30 s: a hold
+    // of many keyboards under emulation takes seconds).
     std::string call(Call member);
 
 private:

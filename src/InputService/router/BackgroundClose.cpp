@@ -1,11 +1,12 @@
-// One thread that only closes descriptors handed to it, in order. The thing easy to get wrong:
+// One thread that only closes what is handed to it, in order. The thing easy to get wrong:
 // it must cost nothing while there is nothing to close, so it sleeps on a condition variable
-// and is started only by the first descriptor; it is never stopped, so a device destroyed while
+// and is started only by the first task; it is never stopped, so a device destroyed while
 // the process ends (a static, a test's teardown) still finds it there.
 #include "InputService/router/BackgroundClose.h"
 
 #include <condition_variable>
 #include <deque>
+#include <functional>
 #include <mutex>
 #include <thread>
 
@@ -17,10 +18,10 @@ namespace {
 
 class Closer {
 public:
-    void add(int fd) {
+    void add(std::function<void()> task) {
         {
             std::lock_guard<std::mutex> lock(mutex);
-            pending.push_back(fd);
+            pending.push_back(std::move(task));
             if (!started) {
                 started = true;
                 std::thread([this] { run(); }).detach();
@@ -29,30 +30,50 @@ public:
         wake.notify_one();
     }
 
+    void finish() {
+        std::unique_lock<std::mutex> lock(mutex);
+        idle.wait(lock, [this] { return pending.empty() && !busy; });
+    }
+
 private:
     [[noreturn]] void run() {
         std::unique_lock<std::mutex> lock(mutex);
         for (;;) {
             wake.wait(lock, [this] { return !pending.empty(); });
-            const int fd = pending.front();
+            const std::function<void()> task = std::move(pending.front());
             pending.pop_front();
+            busy = true;
             lock.unlock();
-            ::close(fd);
+            task();
             lock.lock();
+            busy = false;
+            idle.notify_all();
         }
     }
 
     std::mutex mutex;
-    std::condition_variable wake;
-    std::deque<int> pending;
-    bool started = false;
+    std::condition_variable wake, idle;
+    std::deque<std::function<void()>> pending;
+    bool started = false, busy = false;
 };
+
+Closer& closer() {
+    static auto* closer = new Closer; // never destroyed: its thread outlives every caller
+    return *closer;
+}
 
 } // namespace
 
+void closeInBackground(std::function<void()> closing) {
+    closer().add(std::move(closing));
+}
+
+void finishBackgroundClosing() {
+    closer().finish();
+}
+
 void closeInBackground(int fd) {
-    static auto* closer = new Closer; // never destroyed: its thread outlives every caller
-    closer->add(fd);
+    closeInBackground([fd] { ::close(fd); });
 }
 
 } // namespace tolvane::oslinux

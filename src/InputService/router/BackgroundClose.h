@@ -1,5 +1,7 @@
 #pragma once
 
+#include <functional>
+
 namespace tolvane::oslinux {
 
 // Closes fd on the closing thread and returns at once. For descriptors whose close() the kernel
@@ -8,5 +10,12 @@ namespace tolvane::oslinux {
 // The descriptor must no longer be used by the caller, and nothing may depend on when it
 // closes: a grab is let go with its own call first.
 void closeInBackground(int fd);
+
+// The same for any closing the kernel makes wait: destroying a uinput device waits for its
+// removal from sysfs and for grace periods, tens of milliseconds under load.
+void closeInBackground(std::function<void()> closing);
+
+// Returns once everything handed over so far is closed.
+void finishBackgroundClosing();
 
 } // namespace tolvane::oslinux

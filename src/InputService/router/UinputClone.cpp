@@ -4,11 +4,14 @@
 // carries Tolvane's mark in its phys, so that no Tolvane takes it for a real device. The
 // desktop sets the keyboard's LEDs on the twin, which it takes for the keyboard; uinput hands
 // them to the twin's maker on its descriptor, and they go on to the real device from there.
+// A twin is destroyed off the loop: the kernel takes a while over each, and a hold of many
+// keyboards would otherwise keep the wheel waiting while it ends.
 #include "InputService/router/UinputClone.h"
 
 #include <libevdev/libevdev-uinput.h>
 #include <libevdev/libevdev.h>
 
+#include "InputService/router/BackgroundClose.h"
 #include "TolvaneCore/DeviceRoles.h"
 
 #include <array>
@@ -45,8 +48,10 @@ UinputClone::~UinputClone() {
     if (outputLoop) {
         outputLoop->unwatch(uinputFd);
     }
-    libevdev_uinput_destroy(device);
-    ::close(uinputFd);
+    closeInBackground([device = device, fd = uinputFd] {
+        libevdev_uinput_destroy(device);
+        ::close(fd);
+    });
 }
 
 void UinputClone::writeFrame(const InputEvent* events, std::size_t count) {
