@@ -183,9 +183,9 @@ void InputBus::replyMice(const Message& message) {
     sd_bus_message* reply = nullptr;
     bool built = sd_bus_message_new_method_return(message.get(), &reply) >= 0 &&
                  sd_bus_message_open_container(reply, 'a', "(ss)") >= 0;
-    for (const platform::PointerDevice& device : router.current()) {
-        const bool mouse = device.properties.primaryUsage == usageMouse;
-        const std::string name = withValidUtf8(device.properties.product.value_or(""));
+    for (const DeviceProperties& device : router.pointers()) {
+        const bool mouse = device.primaryUsage == usageMouse;
+        const std::string name = withValidUtf8(device.product.value_or(""));
         built = built && sd_bus_message_append(reply, "(ss)", mouse ? "mouse" : "pointer",
                                                name.c_str()) >= 0;
     }
@@ -232,7 +232,7 @@ void InputBus::apply() {
         tapping = false;
     }
     if (wanted.hold && !holding) {
-        holding = router.grab();
+        holding = router.hold();
     } else if (!wanted.hold && holding) {
         router.release();
         holding = false;

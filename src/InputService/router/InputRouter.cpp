@@ -57,9 +57,6 @@ void InputRouter::nodeAppeared(const std::string& node) {
         return;
     }
     applyRoles(node, entry);
-    if (entry.pointer && pointerCallbacks.added) {
-        pointerCallbacks.added({pathOf(node), entry.properties});
-    }
 }
 
 void InputRouter::nodeVanished(const std::string& node) {
@@ -78,12 +75,8 @@ void InputRouter::drop(const std::string& node) {
     if (found == known.end()) {
         return;
     }
-    Known entry = std::move(found->second);
+    found->second.routed.reset();
     known.erase(found);
-    entry.routed.reset();
-    if (entry.pointer && pointerCallbacks.removed) {
-        pointerCallbacks.removed({pathOf(node), entry.properties});
-    }
 }
 
 void InputRouter::reconcile() {
@@ -165,7 +158,7 @@ void InputRouter::stopTap() {
     }
 }
 
-bool InputRouter::grab() {
+bool InputRouter::hold() {
     if (holding) {
         return true;
     }
@@ -207,15 +200,11 @@ bool InputRouter::takesKeys(const Known& entry) {
            keyHoldFor(*entry.capabilities) != KeyHold::none;
 }
 
-void InputRouter::open(Callbacks callbacks) {
-    pointerCallbacks = std::move(callbacks);
-}
-
-std::vector<platform::PointerDevice> InputRouter::current() {
-    std::vector<platform::PointerDevice> devices;
+std::vector<DeviceProperties> InputRouter::pointers() const {
+    std::vector<DeviceProperties> devices;
     for (const auto& [node, entry] : known) {
         if (entry.pointer) {
-            devices.push_back({pathOf(node), entry.properties});
+            devices.push_back(entry.properties);
         }
     }
     return devices;

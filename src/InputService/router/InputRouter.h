@@ -1,8 +1,6 @@
 #pragma once
 
 #include "InputService/router/RoutedDevice.h"
-#include "platform/KeyboardGrab.h"
-#include "platform/PointerDevices.h"
 #include "platform/linux/devices/EventLoop.h"
 #include "platform/linux/devices/NodeWatch.h"
 
@@ -20,11 +18,11 @@ namespace tolvane::oslinux {
 // roles: the wheel tap (every wheel device, from its start on) and the keyboard hold (every
 // keyboard and media-key device, while held). Virtual devices marked as Tolvane's clones,
 // whoever made them, are never taken or reported. A device left out is told to `log`.
-class InputRouter final : public platform::PointerDevices, public platform::KeyboardGrab {
+class InputRouter {
 public:
     using LogLine = std::function<void(const std::string&)>;
     explicit InputRouter(EventLoop& loop, std::string deviceRoot = "/dev", LogLine log = {});
-    ~InputRouter() override;
+    ~InputRouter();
 
     InputRouter(const InputRouter&) = delete;
     InputRouter& operator=(const InputRouter&) = delete;
@@ -45,11 +43,11 @@ public:
     // The keyboard hold. False, with nothing held, when a node cannot be opened or no keyboard
     // can be taken; one another program holds, or uinput will not clone, is left out. A keyboard
     // with a key down is taken as soon as its keys are up.
-    bool grab() override;
-    void release() override;
+    bool hold();
+    void release();
 
-    void open(Callbacks callbacks) override;
-    std::vector<platform::PointerDevice> current() override;
+    // The pointing devices present, clones left out.
+    std::vector<DeviceProperties> pointers() const;
 
 private:
     struct Known {
@@ -75,7 +73,6 @@ private:
     const std::string root;
     const LogLine log;
     std::map<std::string, Known> known;
-    platform::PointerDevices::Callbacks pointerCallbacks;
     bool tapping = false;
     FrameAssembler::Filter filter = nullptr;
     void* filterContext = nullptr;

@@ -4,8 +4,6 @@
 // with something down until it is idle and takes it then.
 #include "InputService/router/InputRouter.h"
 
-#include <libevdev/libevdev.h>
-
 namespace tolvane::oslinux {
 
 InputRouter::Outcome InputRouter::applyRoles(const std::string& node, Known& entry) {
@@ -27,34 +25,18 @@ InputRouter::Outcome InputRouter::applyRoles(const std::string& node, Known& ent
             [this](RoutedDevice& readable) { onReadable(readable); });
     }
     RoutedDevice& device = *entry.routed;
-    device.wheelRole = wheelRole;
-    device.keyRole = keyRole;
-    device.frames.dropKeys = keyRole;
-    device.frames.filter = wheelRole ? filter : nullptr;
-    device.frames.filterContext = filterContext;
+    device.setRoles(wheelRole, keyRole, filter, filterContext);
     Outcome outcome = Outcome::done;
-    if (device.wantsClone() && !device.clone) {
-        device.clone = UinputClone::create(device.evdev().evdev(), root + "/uinput");
-        libevdev* source = device.evdev().evdev();
-        if (device.clone &&
-            (libevdev_has_event_type(source, EV_LED) || libevdev_has_event_type(source, EV_SND))) {
-            // Only then: uinput echoes every EV_MSC written to a clone back to its maker too.
-            device.clone->passOutputsTo(loop, device.evdev().fd());
-        } else if (!device.clone) {
-            if (log) {
-                log("input device not taken, uinput will not clone it: " +
-                    device.capabilities().name);
-            }
-            outcome = Outcome::unclonable;
+    if (!device.makeClone(root + "/uinput")) {
+        if (log) {
+            log("input device not taken, uinput will not clone it: " + device.capabilities().name);
         }
-    }
-    if (outcome == Outcome::done && !device.settle()) {
+        outcome = Outcome::unclonable;
+    } else if (!device.settle()) {
         outcome = Outcome::refused;
     }
     if (outcome != Outcome::done || !device.wantsGrab()) {
         entry.routed.reset();
-    } else if (!device.wantsClone()) {
-        device.clone.reset();
     }
     return outcome;
 }

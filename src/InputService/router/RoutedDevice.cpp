@@ -22,7 +22,37 @@ RoutedDevice::~RoutedDevice() {
     step(GrabEvent::unwanted);
 }
 
+void RoutedDevice::setRoles(bool wheel, bool keys, FrameAssembler::Filter filter, void* context) {
+    wheelRole = wheel;
+    keyRole = keys;
+    frames.dropKeys = keys;
+    frames.filter = wheel ? filter : nullptr;
+    frames.filterContext = context;
+}
+
+bool RoutedDevice::makeClone(const std::string& uinputPath) {
+    if (!wantsClone() || clone) {
+        return true;
+    }
+    clone = UinputClone::create(device->evdev(), uinputPath);
+    libevdev* source = device->evdev();
+    if (clone &&
+        (libevdev_has_event_type(source, EV_LED) || libevdev_has_event_type(source, EV_SND))) {
+        // Only then: uinput echoes every EV_MSC written to a clone back to its maker too.
+        clone->passOutputsTo(loop, device->fd());
+    }
+    return clone != nullptr;
+}
+
 bool RoutedDevice::settle() {
+    const bool loose = !settleGrab();
+    if (!wantsClone()) {
+        clone.reset();
+    }
+    return !loose;
+}
+
+bool RoutedDevice::settleGrab() {
     if (!wantsGrab()) {
         step(GrabEvent::unwanted);
         return true;

@@ -15,8 +15,8 @@ namespace tolvane::oslinux {
 // One opened device and what the program does with it: taken for its wheel (every frame goes
 // on to its clone through the wheel filter), taken for its keys (keys are dropped, the rest
 // goes on to its clone when it has one), or only watched until no key is down so it can be
-// taken without leaving a key pressed. Its grab follows grabStep(); the owner sets the roles
-// and the clone, then calls settle().
+// taken without leaving a key pressed. Its grab follows grabStep(); the owner sets the roles,
+// has the clone made, then calls settle().
 class RoutedDevice {
 public:
     RoutedDevice(std::string node, std::unique_ptr<EvdevDevice> device, EventLoop& loop,
@@ -31,28 +31,26 @@ public:
     // Reads everything pending and routes it frame by frame. No allocation, no logging.
     ReadResult readPendingEvents();
 
-    // Brings the grab in line with the roles. False when they want the device and another
-    // program holds it; it is then loose.
+    // The roles; the filter applies to the wheel role's frames.
+    void setRoles(bool wheel, bool keys, FrameAssembler::Filter filter, void* context);
+    // Makes the clone the roles need, if it is not there yet. False when uinput refuses.
+    bool makeClone(const std::string& uinputPath);
+    // Brings the grab, then the clone, in line with the roles. False when they want the device
+    // and another program holds it; it is then loose.
     bool settle();
+    bool wantsGrab() const { return wheelRole || keyRole; }
 
     const std::string& node() const { return nodeName; }
     EvdevDevice& evdev() { return *device; }
     const DeviceCapabilities& capabilities() const { return device->capabilities(); }
     GrabState state() const { return grabState; }
 
-    // What the roles ask for.
-    bool wheelRole = false;
-    bool keyRole = false;
-    std::unique_ptr<UinputClone> clone;
-    FrameAssembler frames; // its held keys and its wheel filter follow the roles
-
-    bool wantsGrab() const { return wheelRole || keyRole; }
+private:
     bool wantsClone() const {
         // Held for its keys without a clone only when keys are all it has: never a pointer.
         return wheelRole || (keyRole && keyHoldFor(capabilities()) != KeyHold::keysOnly);
     }
-
-private:
+    bool settleGrab();
     void step(GrabEvent event);
     void take(const input_event& event);
     void send(std::span<const InputEvent> frame);
@@ -62,6 +60,10 @@ private:
     EventLoop& loop;
     std::function<void(RoutedDevice&)> onReadable;
     GrabState grabState = GrabState::loose;
+    bool wheelRole = false;
+    bool keyRole = false;
+    std::unique_ptr<UinputClone> clone;
+    FrameAssembler frames; // its held keys and its wheel filter follow the roles
 };
 
 } // namespace tolvane::oslinux
