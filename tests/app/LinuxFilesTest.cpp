@@ -4,7 +4,9 @@
 #include "platform/linux/ProcHostStatistics.h"
 #include "platform/linux/SingleInstanceLock.h"
 
+#include <QCoreApplication>
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
 #include <QProcess>
@@ -13,7 +15,13 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstddef>
+#include <cstring>
+
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -78,25 +86,77 @@ TEST_F(ConfigHome, KdeAndXfceSettingsAreReadFromTheirOwnFiles) {
     }
 }
 
-// The lock lies only in a folder that no one else can write, and is not reached through a
-// symlink. (That a second start is refused and its request reaches the holder, the desktops
-// tier sees on every desktop.)
-TEST(SingleInstance, TheLockLiesOnlyInAFolderOfTheUsersOwn) {
+// A unix socket address: the path's socket, or with an empty folder the abstract name in `slot`.
+std::pair<sockaddr_un, socklen_t> instanceAddress(const std::string& folder, int slot) {
+    sockaddr_un address{AF_UNIX, {}};
+    const std::string name = folder.empty() ? "tolvane-instance-" + std::to_string(geteuid()) +
+                                                  "-" + std::to_string(slot)
+                                            : folder + "/tolvane.socket";
+    std::memcpy(address.sun_path + (folder.empty() ? 1 : 0), name.data(), name.size());
+    return {address, socklen_t(offsetof(sockaddr_un, sun_path) + 1 + name.size())};
+}
+
+// The lock lies only in folders that no one else can write, never reached through a symlink,
+// and two starts meet whatever their first folder: the second is refused and its request
+// reaches the first. Neither twenty silent connections nor a name bound by someone else who
+// never listens holds a start or the running one up.
+TEST(SingleInstance, TwoStartsAlwaysMeetAndNothingLocalHoldsThemUp) {
+    using Lock = oslinux::SingleInstanceLock;
     QTemporaryDir base;
-    const std::string good = base.path().toStdString() + "/cache/tolvane";
-    const std::string open = base.path().toStdString() + "/open";
-    const std::string link = base.path().toStdString() + "/link";
-    ASSERT_TRUE(QDir().mkpath(QString::fromStdString(open)));
-    ASSERT_EQ(chmod(open.c_str(), 0777), 0);
-    ASSERT_EQ(symlink(base.path().toUtf8().constData(), link.c_str()), 0);
-    for (const std::string& refused : {open, link}) {
-        const std::vector<oslinux::SingleInstanceLock::Folder> folders{{refused, false},
-                                                                       {good, true}};
-        oslinux::SingleInstanceLock first(folders), second(folders);
-        ASSERT_TRUE(first.acquire()) << refused;
-        EXPECT_EQ(first.folder(), good) << refused;
-        EXPECT_FALSE(second.acquire()) << refused;
+    const auto at = [&base](const char* name) { return base.path().toStdString() + name; };
+    for (const char* folder : {"/open", "/one", "/two"}) {
+        ASSERT_TRUE(QDir().mkpath(QString::fromStdString(at(folder))));
     }
+    ASSERT_EQ(chmod(at("/open").c_str(), 0777), 0);
+    ASSERT_EQ(symlink(base.path().toUtf8().constData(), at("/link").c_str()), 0);
+    const int squatter = socket(AF_UNIX, SOCK_STREAM, 0);
+    const auto [squatted, squattedLength] = instanceAddress("", 0);
+    ASSERT_EQ(bind(squatter, reinterpret_cast<const sockaddr*>(&squatted), squattedLength), 0);
+    struct Case {
+        const char* what;
+        const char *holderFirst, *laterFirst, *socketIn; // folders; "" for none
+    };
+    const Case cases[] = {
+        {"a folder others can write", "/open", "/open", "/c/t"},
+        {"a symlink", "/link", "/link", "/c/t"},
+        {"different runtime folders", "/one", "/two", "/one"},
+        {"no folder at all", "", "", ""},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        const auto folders = [&](const char* first) {
+            return *first ? std::vector<Lock::Folder>{{at(first), false}, {at("/c/t"), true}}
+                          : std::vector<Lock::Folder>{};
+        };
+        const std::string socketIn = *c.socketIn ? at(c.socketIn) : "";
+        QElapsedTimer started;
+        started.start();
+        Lock holder(folders(c.holderFirst)), later(folders(c.laterFirst));
+        ASSERT_TRUE(holder.acquire());
+        EXPECT_LT(started.elapsed(), 500) << "the start waited on a squatted name";
+        EXPECT_EQ(holder.folder(), socketIn);
+        int requests = 0;
+        holder.onOpenRequest([&requests] { ++requests; });
+        std::vector<int> silent(20);
+        for (int& connection : silent) {
+            connection = socket(AF_UNIX, SOCK_STREAM, 0);
+            const auto [address, length] = instanceAddress(socketIn, 1);
+            ::connect(connection, reinterpret_cast<const sockaddr*>(&address), length);
+        }
+        EXPECT_FALSE(later.acquire());
+        EXPECT_TRUE(later.askRunningToOpen());
+        QElapsedTimer waited, turn;
+        qint64 longestTurn = 0;
+        for (waited.start(); requests == 0 && waited.elapsed() < 2000;) {
+            turn.start();
+            QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+            longestTurn = std::max(longestTurn, turn.elapsed());
+        }
+        EXPECT_EQ(requests, 1);
+        EXPECT_LT(longestTurn, 100) << "a silent connection held the main thread";
+        std::ranges::for_each(silent, ::close);
+    }
+    ::close(squatter);
 }
 
 // GIO looks for schemas where GSETTINGS_SCHEMA_DIR and XDG_DATA_DIRS say and, with the memory

@@ -1,18 +1,17 @@
 // One Tolvane per user, with nothing that another local user can hold or replace. The lock is
-// an flock on a file in a folder that only the user can write (checked with lstat and fstat,
-// never through a symlink): XDG_RUNTIME_DIR where it is such a folder and takes the file, else
-// the runtime folder that logind makes for the uid, else one under the home of the password
-// database; so a start whose XDG_RUNTIME_DIR is broken still meets the session's lock. The
-// kernel drops an flock when the process ends in any way, so a stale lock never keeps Tolvane
-// from starting. Next to the lock, the holder listens on a unix socket, bound before anyone can
+// an flock on a file in each folder that only the user can write (checked with lstat and
+// fstat, never through a symlink): XDG_RUNTIME_DIR, the runtime folder that logind makes for
+// the uid, and one under the home of the password database. Taking it in all of them, not the
+// first that works, is what makes two starts meet whatever their environment says. The kernel
+// drops an flock when the process ends in any way, so a stale lock never keeps Tolvane from
+// starting. Next to each lock the holder listens on a unix socket, bound before anyone can
 // ask, for requests to open its menu. A user with none of these folders is locked by an
 // abstract unix socket named after the uid, whose bind is atomic and which vanishes with the
 // process. Whoever answers on a socket must be the same user (SO_PEERCRED); a name that
-// another user holds is passed over for the next, which every start of this user tries in the
-// same order.
+// another user holds, or binds without listening, is passed over for the next at once.
 #include "platform/linux/SingleInstanceLock.h"
 
-#include <QSocketNotifier>
+#include "platform/linux/OpenRequestListener.h"
 
 #include <cerrno>
 #include <cstddef>
@@ -30,6 +29,8 @@
 namespace tolvane::oslinux {
 
 namespace {
+
+constexpr int abstractSlots = 8;
 
 bool ownedByUserAlone(const struct stat& info) {
     return info.st_uid == ::geteuid() && (info.st_mode & (S_IWGRP | S_IWOTH)) == 0;
@@ -56,15 +57,6 @@ socklen_t requestAddress(const std::string& folder, int slot, sockaddr_un& addre
     return socklen_t(offsetof(sockaddr_un, sun_path) + 1 + name.size());
 }
 
-bool peerIsUser(int descriptor) {
-    ucred peer{};
-    socklen_t size = sizeof peer;
-    return ::getsockopt(descriptor, SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 &&
-           peer.uid == ::geteuid();
-}
-
-constexpr char openRequest = 'o';
-
 } // namespace
 
 std::vector<SingleInstanceLock::Folder> SingleInstanceLock::userFolders() {
@@ -83,48 +75,49 @@ std::vector<SingleInstanceLock::Folder> SingleInstanceLock::userFolders() {
 SingleInstanceLock::SingleInstanceLock(std::vector<Folder> folders) : folders(std::move(folders)) {}
 
 SingleInstanceLock::~SingleInstanceLock() {
-    notifier.reset();
-    if (listenDescriptor >= 0) {
-        ::close(listenDescriptor);
+    listeners.clear();
+    for (const int descriptor : listening) {
+        ::close(descriptor);
     }
-    if (lockDescriptor >= 0) {
-        ::close(lockDescriptor);
+    for (const int descriptor : lockDescriptors) {
+        ::close(descriptor);
     }
 }
 
 bool SingleInstanceLock::acquire() {
+    std::vector<std::string> locked;
     for (const Folder& folder : folders) {
-        bool heldElsewhere = false;
-        if (lockIn(folder, heldElsewhere)) {
-            listen();
-            return true;
-        }
-        if (heldElsewhere) {
+        const Lock lock = lockIn(folder);
+        if (lock == Lock::heldElsewhere) {
+            for (const int descriptor : lockDescriptors) {
+                ::close(descriptor);
+            }
+            lockDescriptors.clear();
+            chosenFolder = folder.path;
             return false;
         }
-    }
-    chosenFolder.clear();
-    for (abstractSlot = 0; abstractSlot < 8; ++abstractSlot) {
-        if (listen()) {
-            return true;
-        }
-        const int running = connectToRunning();
-        if (running >= 0) {
-            ::close(running);
-            return false;
+        if (lock == Lock::taken) {
+            locked.push_back(folder.path);
         }
     }
-    return true;
+    for (const std::string& folder : locked) {
+        listenIn(folder, 0);
+    }
+    if (!locked.empty()) {
+        chosenFolder = locked.front();
+        return true;
+    }
+    return listenAbstract();
 }
 
-bool SingleInstanceLock::lockIn(const Folder& folder, bool& heldElsewhere) {
+SingleInstanceLock::Lock SingleInstanceLock::lockIn(const Folder& folder) {
     if (folder.create) {
         const std::string parent = folder.path.substr(0, folder.path.rfind('/'));
         ::mkdir(parent.c_str(), 0700);
         ::mkdir(folder.path.c_str(), 0700);
     }
     if (!privateFolder(folder.path)) {
-        return false;
+        return Lock::unusable;
     }
     const std::string path = folder.path + "/tolvane.lock";
     int descriptor = ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
@@ -133,26 +126,25 @@ bool SingleInstanceLock::lockIn(const Folder& folder, bool& heldElsewhere) {
     }
     struct stat info {};
     if (descriptor < 0) {
-        return false;
+        return Lock::unusable;
     }
     if (::fstat(descriptor, &info) != 0 || !S_ISREG(info.st_mode) || !ownedByUserAlone(info)) {
         ::close(descriptor);
-        return false;
+        return Lock::unusable;
     }
-    chosenFolder = folder.path;
     if (::flock(descriptor, LOCK_EX | LOCK_NB) != 0) {
-        heldElsewhere = errno == EWOULDBLOCK;
+        const bool held = errno == EWOULDBLOCK;
         ::close(descriptor);
-        return false;
+        return held ? Lock::heldElsewhere : Lock::unusable;
     }
-    lockDescriptor = descriptor;
-    return true;
+    lockDescriptors.push_back(descriptor);
+    return Lock::taken;
 }
 
-// Only the holder of the lock touches the socket, so a leftover one can go.
-bool SingleInstanceLock::listen() {
+// Only the holder of the lock touches a socket in its folder, so a leftover one can go.
+bool SingleInstanceLock::listenIn(const std::string& folder, int slot) {
     sockaddr_un address{};
-    const socklen_t length = requestAddress(chosenFolder, abstractSlot, address);
+    const socklen_t length = requestAddress(folder, slot, address);
     if (address.sun_path[0] != '\0') {
         ::unlink(address.sun_path);
     }
@@ -165,16 +157,37 @@ bool SingleInstanceLock::listen() {
         ::close(descriptor);
         return false;
     }
-    listenDescriptor = descriptor;
+    listening.push_back(descriptor);
     return true;
 }
 
-// The holder listens right after it takes the lock or binds the name; a start that comes in
-// between retries for up to five seconds, which a loaded machine may need.
-int SingleInstanceLock::connectToRunning() const {
+// The first free abstract name is the lock. One the user's running Tolvane answers on means
+// another start; one that someone else holds, or binds without listening, is skipped. Every
+// name squatted: the start goes on unlocked rather than not at all.
+bool SingleInstanceLock::listenAbstract() {
+    chosenFolder.clear();
+    for (int slot = 0; slot < abstractSlots; ++slot) {
+        if (listenIn("", slot)) {
+            abstractSlot = slot;
+            return true;
+        }
+        // The holder listens microseconds after its bind: a few tries cover that.
+        const int running = connectTo("", slot, 3);
+        if (running >= 0) {
+            ::close(running);
+            abstractSlot = slot;
+            return false;
+        }
+    }
+    return true;
+}
+
+// A connection to the user's own Tolvane, or -1. The holder listens right after it takes the
+// lock or binds the name; a start that comes in between retries, every 50 ms.
+int SingleInstanceLock::connectTo(const std::string& folder, int slot, int attempts) const {
     sockaddr_un address{};
-    const socklen_t length = requestAddress(chosenFolder, abstractSlot, address);
-    for (int attempt = 0; attempt < 100; ++attempt) {
+    const socklen_t length = requestAddress(folder, slot, address);
+    for (int attempt = 0; attempt < attempts; ++attempt) {
         const int descriptor = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
         if (descriptor < 0) {
             return -1;
@@ -187,50 +200,34 @@ int SingleInstanceLock::connectToRunning() const {
             return -1;
         }
         ::close(descriptor);
-        ::usleep(50000);
+        if (attempt + 1 < attempts) {
+            ::usleep(attempts > 3 ? 50000 : 10000);
+        }
     }
     return -1;
 }
 
+// Up to five seconds for a holder found by its lock, which a loaded machine may need.
 bool SingleInstanceLock::askRunningToOpen() const {
-    const int descriptor = connectToRunning();
+    const int descriptor = chosenFolder.empty() && abstractSlot >= 0
+                               ? connectTo("", abstractSlot, 3)
+                               : connectTo(chosenFolder, 0, 100);
     if (descriptor < 0) {
         return false;
     }
-    const bool sent = ::send(descriptor, &openRequest, 1, MSG_NOSIGNAL) == 1;
+    const bool sent = ::send(descriptor, &OpenRequestListener::openRequest, 1, MSG_NOSIGNAL) == 1;
     ::close(descriptor);
     return sent;
 }
 
 void SingleInstanceLock::onOpenRequest(std::function<void()> onRequest) {
-    requestHandler = std::move(onRequest);
-    if (listenDescriptor < 0 || notifier) {
+    if (!listeners.empty()) {
         return;
     }
-    notifier = std::make_unique<QSocketNotifier>(listenDescriptor, QSocketNotifier::Read);
-    QObject::connect(notifier.get(), &QSocketNotifier::activated, notifier.get(),
-                     [this] { acceptRequests(); });
-    acceptRequests();
-}
-
-// A request is one byte, sent at once after connecting; a connection that only checks who
-// holds the lock sends none.
-void SingleInstanceLock::acceptRequests() {
-    for (;;) {
-        const int connection = ::accept4(listenDescriptor, nullptr, nullptr, SOCK_CLOEXEC);
-        if (connection < 0) {
-            return;
-        }
-        const timeval wait{0, 500000};
-        ::setsockopt(connection, SOL_SOCKET, SO_RCVTIMEO, &wait, sizeof wait);
-        char request = 0;
-        const bool asked = peerIsUser(connection) && ::recv(connection, &request, 1, 0) == 1 &&
-                           request == openRequest;
-        ::close(connection);
-        if (asked && requestHandler) {
-            requestHandler();
-        }
+    for (const int descriptor : listening) {
+        listeners.push_back(std::make_unique<OpenRequestListener>(descriptor, onRequest));
     }
+    listening.clear(); // the listeners close them now
 }
 
 } // namespace tolvane::oslinux

@@ -5,18 +5,17 @@
 #include <string>
 #include <vector>
 
-class QSocketNotifier;
-
 namespace tolvane::oslinux {
+
+class OpenRequestListener;
 
 // One Tolvane per user: two inverters would cancel each other out. A second start hands the
 // running one a request to open its menu, then leaves.
 class SingleInstanceLock {
 public:
-    // The folders tried for the lock, in order: XDG_RUNTIME_DIR, the runtime folder that
-    // logind makes, a folder under the home of the password database. A start whose
-    // XDG_RUNTIME_DIR is missing, unset or read-only meets the lock of the session's runtime
-    // folder all the same.
+    // The folders the lock is taken in, each one of them: XDG_RUNTIME_DIR, the runtime folder
+    // that logind makes, a folder under the home of the password database. Starts with
+    // different or broken XDG_RUNTIME_DIRs meet at the others all the same.
     struct Folder {
         std::string path;
         bool create; // made, with its parent, when missing
@@ -39,22 +38,23 @@ public:
     // For the start that holds the lock: `onRequest` runs on Qt's event loop for each request.
     void onOpenRequest(std::function<void()> onRequest);
 
-    // The folder that holds the lock and the request socket; empty when the user has none.
+    // The folder whose socket a request goes to: for the holder the first it locked, for a
+    // later start the one where it met the holder's lock; empty for neither.
     const std::string& folder() const { return chosenFolder; }
 
 private:
-    bool lockIn(const Folder& folder, bool& heldElsewhere);
-    bool listen();
-    int connectToRunning() const;
-    void acceptRequests();
+    enum class Lock { taken, heldElsewhere, unusable };
+    Lock lockIn(const Folder& folder);
+    bool listenIn(const std::string& folder, int slot);
+    bool listenAbstract();
+    int connectTo(const std::string& folder, int slot, int attempts) const;
 
     std::vector<Folder> folders;
     std::string chosenFolder;
-    int abstractSlot = 0;
-    int lockDescriptor = -1;
-    int listenDescriptor = -1;
-    std::function<void()> requestHandler;
-    std::unique_ptr<QSocketNotifier> notifier;
+    int abstractSlot = -1;
+    std::vector<int> lockDescriptors;
+    std::vector<int> listening;
+    std::vector<std::unique_ptr<OpenRequestListener>> listeners;
 };
 
 } // namespace tolvane::oslinux
