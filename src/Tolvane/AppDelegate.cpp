@@ -21,26 +21,16 @@ std::string text(ScrollMode mode) {
     return std::string(modeName(mode));
 }
 
-StoredValue storedValue(const QVariant& value) {
-    if (!value.isValid()) {
-        return {};
-    }
-    if (value.typeId() == QMetaType::Bool) {
-        return {StoredValue::Type::boolean, value.toBool(), {}};
-    }
-    if (value.typeId() == QMetaType::QString) {
-        return {StoredValue::Type::text, false, value.toString().toStdString()};
-    }
-    return {StoredValue::Type::other, false, {}};
+StoredValue storedValue(const std::optional<std::string>& value) {
+    return value ? StoredValue{StoredValue::Type::text, false, *value} : StoredValue{};
 }
 
 } // namespace
 
 AppDelegate::AppDelegate(platform::Platform& platform, const QString& settingsPath,
                          AppTiming timing)
-    : platform(platform), timing(timing), settings(settingsPath, plainSettingsFormat()),
-      inverter(platform.scrollTap), monitor(platform.pointers), stats(platform.host),
-      keyboardLock(platform.keyboard),
+    : platform(platform), timing(timing), settings(settingsPath), inverter(platform.scrollTap),
+      monitor(platform.pointers), stats(platform.host), keyboardLock(platform.keyboard),
       baselineNatural(ScrollBaseline::naturalOn(platform.scrollSetting)) {}
 
 AppDelegate::~AppDelegate() {
@@ -97,21 +87,21 @@ void AppDelegate::applicationDidFinishLaunching() {
 }
 
 void AppDelegate::loadState() {
+    std::string why;
+    const bool read = settings.load(why);
     const bool autoEnabled = loadAutoEnabled(storedValue(settings.value(autoKey)));
     const ScrollMode mode = loadMode(storedValue(settings.value(modeKey)));
     state = AppState{autoEnabled, false, mode};
-    if (settings.status() != QSettings::NoError) {
-        Log::line("settings not read: " + settings.fileName().toStdString());
+    if (!read) {
+        Log::line("settings not read: " + settings.path().toStdString() + ": " + why);
     }
 }
 
 void AppDelegate::saveState() {
-    settings.setValue(autoKey, state.autoEnabled);
-    settings.setValue(modeKey, QString::fromLatin1(storedModeText(state.mode).data(),
-                                                   qsizetype(storedModeText(state.mode).size())));
-    settings.sync();
-    if (settings.status() != QSettings::NoError) {
-        Log::line("settings not saved: " + settings.fileName().toStdString());
+    settings.setValue(autoKey, boolText(state.autoEnabled));
+    settings.setValue(modeKey, storedModeText(state.mode));
+    if (std::string why; !settings.save(why)) {
+        Log::line("settings not saved: " + settings.path().toStdString() + ": " + why);
     }
 }
 

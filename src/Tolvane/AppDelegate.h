@@ -3,6 +3,7 @@
 #include "Tolvane/KeyboardLock.h"
 #include "Tolvane/MouseMonitor.h"
 #include "Tolvane/ScrollInverter.h"
+#include "Tolvane/SettingsFile.h"
 #include "Tolvane/SystemStats.h"
 #include "TolvaneCore/ScrollState.h"
 #include "platform/Platform.h"
@@ -11,7 +12,6 @@
 #include <QObject>
 #include <QPointer>
 #include <QSet>
-#include <QSettings>
 #include <QString>
 #include <QSystemTrayIcon>
 #include <QTimer>
@@ -104,7 +104,7 @@ private:
 
     platform::Platform& platform;
     AppTiming timing;
-    QSettings settings;
+    SettingsFile settings;
     QPointer<QMenu> currentMenu;
     QPointer<QMenu> hostMenu;
     QPointer<QMenu> windowMenu;
@@ -121,8 +121,6 @@ private:
     KeyboardLock keyboardLock;
     bool baselineNatural;
     QPointer<QTimer> permissionTimer;
-    const QString autoKey = QStringLiteral("autoEnabled");
-    const QString modeKey = QStringLiteral("mode");
     AppState state{true, false, ScrollMode::trackpad};
 };
 

@@ -137,7 +137,7 @@ std::string autostartEntryText(std::string_view executablePath) {
     return text;
 }
 
-bool autostartEntryEnabled(std::string_view content) {
+AutostartEntryState autostartEntryState(std::string_view content) {
     bool inMainGroup = false;
     bool sawMainGroup = false;
     bool hidden = false;
@@ -170,7 +170,10 @@ bool autostartEntryEnabled(std::string_view content) {
         }
     }
     const bool tolvanes = marked || (exec && baseName(*exec) == "tolvane");
-    return sawMainGroup && tolvanes && !hidden;
+    if (!sawMainGroup || !tolvanes) {
+        return AutostartEntryState::foreign;
+    }
+    return hidden ? AutostartEntryState::hidden : AutostartEntryState::enabled;
 }
 
 } // namespace tolvane

@@ -4,11 +4,16 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QMenu>
 #include <QMessageBox>
 #include <QTimer>
 
 #include <gtest/gtest.h>
+
+#include <functional>
+
+#include <sys/stat.h>
 
 namespace tolvane::testing {
 namespace {
@@ -54,13 +59,39 @@ TEST_F(AppDelegateTest, StoredSettingsMiceAndTheDesktopsDirectionAtStartGiveTheS
         EXPECT_EQ(storedText("autoEnabled"), state.autoEnabled ? "true" : "false");
         EXPECT_EQ(storedText("mode"), modeName(state.mode));
     }
-    reset();
-    QDir().mkpath(path); // a folder where the file should be: no user can read or write it
-    launch(true);
-    EXPECT_EQ(delegate->currentState(), (AppState{true, false, T}));
-    EXPECT_EQ(recorder().matching("log: Tolvane: settings"),
-              (Lines{"log: Tolvane: settings not read: " + path.toStdString(),
-                     "log: Tolvane: settings not saved: " + path.toStdString()}));
+    // What is at the file's place and cannot be read whole as a regular file is left as it is,
+    // never waited on, and the log says why.
+    const QByteArray longer = "[General]\nmode=mouse\n" + QByteArray(1024 * 1024, '#');
+    const struct {
+        const char* what;
+        std::function<void(const QString&)> make;
+        std::string why;
+    } unreadable[] = {
+        {"a folder", [](const QString& at) { QDir().mkpath(at); }, "not a regular file"},
+        {"a FIFO", [](const QString& at) { mkfifo(at.toLocal8Bit().constData(), 0600); },
+         "not a regular file"},
+        {"a symlink to a FIFO",
+         [](const QString& at) {
+             mkfifo((at + ".fifo").toLocal8Bit().constData(), 0600);
+             QFile::link(at + ".fifo", at);
+         },
+         "not a regular file"},
+        {"past 1 MiB", [&](const QString&) { writeSettings(longer); }, "larger than 1024 KiB"},
+    };
+    for (const auto& c : unreadable) {
+        SCOPED_TRACE(c.what);
+        reset();
+        c.make(path);
+        launch(true);
+        EXPECT_EQ(delegate->currentState(), (AppState{true, false, T}));
+        EXPECT_EQ(
+            recorder().matching("log: Tolvane: settings"),
+            (Lines{"log: Tolvane: settings not read: " + path.toStdString() + ": " + c.why,
+                   "log: Tolvane: settings not saved: " + path.toStdString() + ": " + c.why}));
+        QFile left(path);
+        EXPECT_TRUE(QFileInfo(path).isDir() || QFileInfo(path).size() == 0 ||
+                    (left.open(QIODevice::ReadOnly) && left.readAll() == longer));
+    }
 }
 
 // A report while the menu is open leaves the open menu alone; the next opening shows it.

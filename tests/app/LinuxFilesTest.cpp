@@ -58,6 +58,8 @@ protected:
     const ScopedEnvironment environment{{"XDG_CONFIG_HOME", folder.path().toUtf8()}};
 };
 
+// A hidden entry is Tolvane's own to replace; a file of the user's (another program's entry, a
+// FIFO) is never replaced, removed or waited on.
 TEST_F(ConfigHome, RegisteringWritesAnEntryThatReadsBackAsEnabledAndReplacesAHiddenOne) {
     write("autostart/tolvane.desktop", "[Desktop Entry]\nExec=tolvane\nHidden=true\n");
     oslinux::AutostartLoginRegistration login("/usr/bin/tolvane");
@@ -68,6 +70,17 @@ TEST_F(ConfigHome, RegisteringWritesAnEntryThatReadsBackAsEnabledAndReplacesAHid
     ASSERT_TRUE(login.setEnabled(false, failure));
     EXPECT_FALSE(QFileInfo::exists(folder.filePath("autostart/tolvane.desktop")));
     EXPECT_TRUE(login.setEnabled(false, failure)) << "removing an absent entry is no failure";
+
+    const QByteArray foreign = "[Desktop Entry]\nExec=other-program\n";
+    write("autostart/tolvane.desktop", foreign);
+    EXPECT_FALSE(login.setEnabled(true, failure));
+    EXPECT_NE(failure.find("not Tolvane's"), std::string::npos) << failure;
+    EXPECT_TRUE(login.setEnabled(false, failure));
+    QFile kept(folder.filePath("autostart/tolvane.desktop"));
+    EXPECT_TRUE(kept.open(QIODevice::ReadOnly) && kept.readAll() == foreign);
+    kept.remove();
+    ASSERT_EQ(mkfifo(kept.fileName().toLocal8Bit().constData(), 0600), 0);
+    EXPECT_FALSE(login.isEnabled() || login.setEnabled(true, failure)) << "the FIFO";
 
     QDir(folder.filePath("autostart")).removeRecursively();
     write("autostart", ""); // a file where the folder should be

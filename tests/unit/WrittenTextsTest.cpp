@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
+
 namespace tolvane {
 namespace {
 
@@ -42,9 +44,13 @@ TEST(Elapsed, CountsWholeMinutesAndSecondsOfTheDistanceWithoutAnHoursField) {
     }
 }
 
-TEST(AutostartEntry, HiddenForeignOrGarbageEntriesAreNotEnabled) {
+TEST(AutostartEntry, HiddenEntriesAreOffAndForeignOrGarbageOnesNotTolvanes) {
+    const std::map<std::string, AutostartEntryState> states{
+        {"foreign", AutostartEntryState::foreign},
+        {"hidden", AutostartEntryState::hidden},
+        {"enabled", AutostartEntryState::enabled}};
     for (const TableRow& row : readTable("autostart-entries.txt", 2)) {
-        EXPECT_EQ(autostartEntryEnabled(row[0]), row[1] == "yes") << row.where;
+        EXPECT_EQ(autostartEntryState(row[0]), states.at(row[1])) << row.where;
     }
 }
 
@@ -54,7 +60,7 @@ TEST(AutostartEntry, PathsAreEscapedTwiceInExecAndOnceInTryExec) {
         EXPECT_NE(entry.find("\nExec=" + row[1] + "\n"), std::string::npos) << row.where;
         EXPECT_NE(entry.find("\nTryExec=" + row[2] + "\n"), std::string::npos) << row.where;
         const std::string unmarked = entry.substr(0, entry.find("X-Tolvane-Autostart"));
-        EXPECT_TRUE(autostartEntryEnabled(unmarked))
+        EXPECT_EQ(autostartEntryState(unmarked), AutostartEntryState::enabled)
             << "Exec read back as a tolvane: " << row.where;
     }
 }

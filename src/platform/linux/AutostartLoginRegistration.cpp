@@ -1,7 +1,8 @@
 // Launch at login is a desktop entry in the user's autostart folder. It is written through a
 // temporary file and a rename, so a crash or a full disk never leaves half an entry that the
-// session would try to run. An entry that is not Tolvane's, or that the user hid with
-// Hidden=true, counts as off.
+// session would try to run. An entry that the user hid with Hidden=true counts as off; a file
+// there that is not Tolvane's is the user's own: it counts as off and is never replaced or
+// removed, so switching on fails with the reason.
 #include "platform/linux/AutostartLoginRegistration.h"
 
 #include "TolvaneCore/AutostartEntry.h"
@@ -27,17 +28,31 @@ std::string AutostartLoginRegistration::entryPath() {
     return configHome() + "/autostart/tolvane.desktop";
 }
 
-bool AutostartLoginRegistration::isEnabled() {
-    QFile file(QString::fromStdString(entryPath()));
-    if (!file.open(QIODevice::ReadOnly)) {
-        return false;
+std::optional<AutostartEntryState> AutostartLoginRegistration::entryState() {
+    const QFileInfo info(QString::fromStdString(entryPath()));
+    if (!info.exists() && !info.isSymLink()) {
+        return std::nullopt;
     }
-    const QByteArray content = file.read(largestEntry);
-    return autostartEntryEnabled(std::string_view(content.constData(), size_t(content.size())));
+    QFile file(info.filePath());
+    if (!info.isFile() || info.size() > largestEntry || !file.open(QIODevice::ReadOnly)) {
+        return AutostartEntryState::foreign; // a FIFO, a folder, a device: not an entry of ours
+    }
+    const QByteArray content = file.readAll();
+    return autostartEntryState(std::string_view(content.constData(), size_t(content.size())));
+}
+
+bool AutostartLoginRegistration::isEnabled() {
+    return entryState() == AutostartEntryState::enabled;
 }
 
 bool AutostartLoginRegistration::setEnabled(bool enabled, std::string& failure) {
     const QString path = QString::fromStdString(entryPath());
+    if (entryState() == AutostartEntryState::foreign) {
+        if (enabled) {
+            failure = entryPath() + " is not Tolvane's and is left as it is";
+        }
+        return !enabled;
+    }
     if (!enabled) {
         QFile file(path);
         if (!file.exists() || file.remove()) {

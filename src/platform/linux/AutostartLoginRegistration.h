@@ -1,6 +1,9 @@
 #pragma once
 
+#include "TolvaneCore/AutostartEntry.h"
 #include "platform/LoginRegistration.h"
+
+#include <optional>
 
 namespace tolvane::oslinux {
 
@@ -16,6 +19,7 @@ public:
     static std::string entryPath();
 
 private:
+    static std::optional<AutostartEntryState> entryState(); // absent: no file there
     std::string executablePath;
 };
 
