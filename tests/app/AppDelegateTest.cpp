@@ -1,4 +1,4 @@
-#include "Tolvane/AppDelegate.h"
+#include "Tolvane/app/AppDelegate.h"
 #include "support/AppHarness.h"
 #include "support/TextTable.h"
 

@@ -1,5 +1,5 @@
-#include "Tolvane/MenuPainting.h"
-#include "Tolvane/MenuViews.h"
+#include "Tolvane/menu/MenuPainting.h"
+#include "Tolvane/menu/MenuViews.h"
 #include "support/FakePlatform.h"
 #include "support/Views.h"
 

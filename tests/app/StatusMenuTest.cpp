@@ -1,4 +1,4 @@
-#include "Tolvane/MenuViews.h"
+#include "Tolvane/menu/MenuViews.h"
 #include "support/AppHarness.h"
 #include "support/TextTable.h"
 

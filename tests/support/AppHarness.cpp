@@ -1,6 +1,6 @@
 #include "support/AppHarness.h"
 
-#include "Tolvane/Log.h"
+#include "Tolvane/session/Log.h"
 
 #include <QAbstractButton>
 #include <QApplication>
