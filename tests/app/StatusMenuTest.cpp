@@ -1,4 +1,7 @@
-#include "Tolvane/menu/MenuViews.h"
+#include "Tolvane/gauges/StatsView.h"
+#include "Tolvane/menu/CleanKeyboardRow.h"
+#include "Tolvane/menu/HeaderView.h"
+#include "Tolvane/menu/SectionCaption.h"
 #include "support/AppHarness.h"
 #include "support/TextTable.h"
 

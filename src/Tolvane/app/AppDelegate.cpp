@@ -1,9 +1,10 @@
 #include "Tolvane/app/AppDelegate.h"
 
 #include "Tolvane/look/BrandIcon.h"
+#include "Tolvane/scroll/ScrollBaseline.h"
 #include "Tolvane/session/Log.h"
+#include "Tolvane/session/LoginItem.h"
 #include "Tolvane/session/SettingsFile.h"
-#include "Tolvane/session/SystemBits.h"
 #include "TolvaneCore/LogLine.h"
 #include "TolvaneCore/StoredSettings.h"
 #include "platform/linux/UserFolders.h"

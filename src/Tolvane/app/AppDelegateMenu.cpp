@@ -3,8 +3,11 @@
 // a plain copy for tray hosts that draw menus themselves and cannot show widget rows.
 #include "Tolvane/app/AppDelegate.h"
 
+#include "Tolvane/gauges/StatsView.h"
 #include "Tolvane/look/Symbols.h"
-#include "Tolvane/menu/MenuViews.h"
+#include "Tolvane/menu/CleanKeyboardRow.h"
+#include "Tolvane/menu/HeaderView.h"
+#include "Tolvane/menu/SectionCaption.h"
 #include "Tolvane/menu/StatusMenu.h"
 
 #include <QAction>

@@ -1,7 +1,8 @@
+#include "Tolvane/gauges/RingGauge.h"
+
 #include "Tolvane/look/Symbols.h"
 #include "Tolvane/look/TabularDigits.h"
 #include "Tolvane/menu/MenuPainting.h"
-#include "Tolvane/menu/MenuViews.h"
 
 #include <QEasingCurve>
 #include <QFontMetricsF>

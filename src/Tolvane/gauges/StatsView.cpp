@@ -1,5 +1,7 @@
+#include "Tolvane/gauges/StatsView.h"
+
+#include "Tolvane/gauges/RingGauge.h"
 #include "Tolvane/menu/MenuPainting.h"
-#include "Tolvane/menu/MenuViews.h"
 
 #include <QPaintEngine>
 #include <QPaintEvent>

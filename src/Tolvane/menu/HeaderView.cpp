@@ -1,7 +1,8 @@
+#include "Tolvane/menu/HeaderView.h"
+
 #include "Tolvane/look/BrandIcon.h"
 #include "Tolvane/look/Symbols.h"
 #include "Tolvane/menu/MenuPainting.h"
-#include "Tolvane/menu/MenuViews.h"
 
 #include <QAction>
 #include <QPainter>

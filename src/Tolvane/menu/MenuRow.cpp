@@ -1,5 +1,6 @@
+#include "Tolvane/menu/MenuRow.h"
+
 #include "Tolvane/menu/MenuPainting.h"
-#include "Tolvane/menu/MenuViews.h"
 
 #include <QAction>
 #include <QMouseEvent>

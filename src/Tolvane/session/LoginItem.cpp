@@ -1,14 +1,9 @@
-#include "Tolvane/session/SystemBits.h"
+#include "Tolvane/session/LoginItem.h"
 
 #include "platform/LoginRegistration.h"
-#include "platform/ScrollSetting.h"
 #include "platform/SystemLog.h"
 
 namespace tolvane {
-
-bool ScrollBaseline::naturalOn(platform::ScrollSetting& setting) {
-    return setting.naturalScroll().value_or(false);
-}
 
 void LoginItem::setEnabled(bool enabled, platform::LoginRegistration& registration,
                            platform::SystemLog& systemLog) {
