@@ -60,7 +60,7 @@ int main(int argc, char** argv) {
                                 host,    login,   scrollSetting, systemLog};
 
     AppDelegate delegate(platform, AppDelegate::defaultSettingsPath());
-    instance.onOpenRequest([&delegate] { delegate.openMenu(); });
+    instance.onOpenRequest([&delegate] { delegate.tray().openMenu(); });
     QTimer::singleShot(0, &delegate, &AppDelegate::applicationDidFinishLaunching);
     QApplication::exec();
     return 0;

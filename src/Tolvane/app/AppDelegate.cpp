@@ -1,6 +1,6 @@
 #include "Tolvane/app/AppDelegate.h"
 
-#include "Tolvane/look/BrandIcon.h"
+#include "Tolvane/menu/StatusMenu.h"
 #include "Tolvane/scroll/ScrollBaseline.h"
 #include "Tolvane/session/Log.h"
 #include "Tolvane/session/LoginItem.h"
@@ -42,12 +42,13 @@ AppDelegate::AppDelegate(platform::Platform& platform, const QString& settingsPa
     : platform(platform), timing(timing), settings(settingsPath, plainSettingsFormat()),
       inverter(platform.scrollTap), monitor(platform.pointers), stats(platform.host),
       keyboardLock(platform.keyboard),
-      baselineNatural(ScrollBaseline::naturalOn(platform.scrollSetting)) {}
+      baselineNatural(ScrollBaseline::naturalOn(platform.scrollSetting)),
+      trayHost(std::make_unique<TrayHost>([this] { return buildMenu(); }, timing.tray)) {}
 
+// The menus go while the delegate they report to is whole.
 AppDelegate::~AppDelegate() {
     delete currentMenu;
-    delete windowMenu;
-    delete hostMenu;
+    trayHost.reset();
 }
 
 QString AppDelegate::defaultSettingsPath() {
@@ -60,23 +61,7 @@ void AppDelegate::applicationDidFinishLaunching() {
     loadState();
     Log::line("loaded state: auto=" + text(state.autoEnabled) + " mode=" + text(state.mode));
 
-    createStatusItem();
-    trayPresent = trayHostAvailable();
-    // A panel may start after the programs of the session: while the wait lasts, it is looked
-    // for now and then; without one, the menu comes as a window once the wait is over.
-    // StatusNotifierItem hosts that come or go later are told by the session bus.
-    watchTrayHosts();
-    if (!trayPresent) {
-        trayWatch.setInterval(timing.trayCheck);
-        connect(&trayWatch, &QTimer::timeout, this, &AppDelegate::checkTrayHost);
-        trayWatch.start();
-    }
-    QTimer::singleShot(timing.trayWait, this, [this] {
-        trayWatch.stop();
-        if (!trayPresent) {
-            openMenuWindow(true);
-        }
-    });
+    trayHost->start();
 
     QPointer<AppDelegate> weak(this);
     monitor.onChange = [weak](bool present) {
@@ -123,22 +108,8 @@ void AppDelegate::applyInversion() {
 }
 
 void AppDelegate::render() {
-    if (statusItem) {
-        const bool active = state.mode == ScrollMode::mouse;
-        statusItem->setIcon(BrandIcon::menuBar(active, trayInk()));
-        statusItem->setToolTip(BrandIcon::description(active));
-        if (!statusItem->isVisible()) {
-            statusItem->show();
-        }
-    }
-    QMenu* rich = buildMenu();
-    fillHostMenu(rich);
-    installMenu(rich);
-    // A host that draws menus shows this one; where the program paints the icon itself,
-    // every click reaches the program, which shows the rich menu.
-    if (statusItem && !appPaintsIcon && statusItem->contextMenu() != hostMenu) {
-        statusItem->setContextMenu(hostMenu);
-    }
+    installMenu(buildMenu());
+    trayHost->show(state.mode == ScrollMode::mouse, currentMenu);
 }
 
 void AppDelegate::runStateCycle(AppEvent event) {

@@ -4,6 +4,7 @@
 #include "Tolvane/lock/KeyboardLock.h"
 #include "Tolvane/scroll/MouseMonitor.h"
 #include "Tolvane/scroll/ScrollInverter.h"
+#include "Tolvane/tray/TrayHost.h"
 #include "TolvaneCore/ScrollState.h"
 #include "platform/Platform.h"
 
@@ -13,7 +14,6 @@
 #include <QSet>
 #include <QSettings>
 #include <QString>
-#include <QSystemTrayIcon>
 #include <QTimer>
 
 #include <chrono>
@@ -25,11 +25,10 @@ namespace tolvane {
 struct AppTiming {
     std::chrono::milliseconds permissionPoll{1500};
     std::chrono::milliseconds cleaningDelay{150};
-    // How long a start waits for a tray host before it opens the menu as a window, and how
-    // often it looks for one meanwhile.
-    std::chrono::milliseconds trayWait{10000};
-    std::chrono::milliseconds trayCheck{2000};
+    TrayHost::Timing tray{};
 };
+
+class StatusMenu;
 
 // Owns every long-lived object and the one live state. Every change of state runs, in this
 // order: reduce, applyInversion, saveState, render.
@@ -51,26 +50,10 @@ public:
     void openAccessibility();
     void quit();
 
-    // Opens the rich menu where the user will see it: at the tray icon where the program
-    // paints it itself, else as a panel window that the compositor places. Another start of
-    // the program asks for this.
-    void openMenu();
-
-    // Looks whether a tray host has come or gone: a new host gets a new icon, and without one
-    // the menu comes as a window.
-    void checkTrayHost();
-
-    // Whether the desktop shows tray icons now; Qt's answer unless a test sets another.
-    std::function<bool()> trayHostAvailable = [] {
-        return QSystemTrayIcon::isSystemTrayAvailable();
-    };
-
     // What tests and the tray look at.
     const AppState& currentState() const { return state; }
-    QSystemTrayIcon* trayIcon() const { return statusItem; }
     QMenu* menu() const { return currentMenu; }
-    QMenu* hostDrawnMenu() const { return hostMenu; }
-    QMenu* menuWindow() const { return windowMenu; }
+    TrayHost& tray() { return *trayHost; }
     bool isPolling() const { return !permissionTimer.isNull(); }
     bool isInverting() const { return inverter.inverting; }
     KeyboardLock& lockForTesting() { return keyboardLock; }
@@ -90,31 +73,15 @@ private:
     void showPermissionAlert();
     void permissionTick();
 
-    QMenu* buildMenu();
+    StatusMenu* buildMenu();
     void installMenu(QMenu* menu);
-    void fillHostMenu(QMenu* rich);
     void startCleaning();
-
-    void createStatusItem();
-    void trayActivated(QSystemTrayIcon::ActivationReason reason);
-    void watchTrayHosts();
-    void sampleTrayBackground();
-    QColor trayInk() const;
-    void openMenuWindow(bool noTray);
 
     platform::Platform& platform;
     AppTiming timing;
     QSettings settings;
     QPointer<QMenu> currentMenu;
-    QPointer<QMenu> hostMenu;
-    QPointer<QMenu> windowMenu;
     QSet<QMenu*> openMenus;
-    QTimer trayWatch;
-    bool trayPresent = false;
-    bool appPaintsIcon = false;
-    QColor panelInk;
-
-    QSystemTrayIcon* statusItem = nullptr;
     ScrollInverter inverter;
     MouseMonitor monitor;
     SystemStats stats;
@@ -124,6 +91,7 @@ private:
     const QString autoKey = QStringLiteral("autoEnabled");
     const QString modeKey = QStringLiteral("mode");
     AppState state{true, false, ScrollMode::trackpad};
+    std::unique_ptr<TrayHost> trayHost;
 };
 
 } // namespace tolvane

@@ -1,6 +1,5 @@
-// The tray menu is the whole user interface. It is built anew on every render, in two forms
-// from the same items: the rich menu, with its widget rows, that the program shows itself, and
-// a plain copy for tray hosts that draw menus themselves and cannot show widget rows.
+// The tray menu is the whole user interface. The rich menu, with its widget rows, is built anew
+// on every render; the tray makes a plain copy of its items for hosts that draw menus themselves.
 #include "Tolvane/app/AppDelegate.h"
 
 #include "Tolvane/gauges/StatsView.h"
@@ -18,14 +17,7 @@
 
 namespace tolvane {
 
-namespace {
-
-// A plain item of the rich menu that a host-drawn menu shows as text only.
-constexpr char textOnlyWhenHostDrawn[] = "tolvaneTextOnlyWhenHostDrawn";
-
-} // namespace
-
-QMenu* AppDelegate::buildMenu() {
+StatusMenu* AppDelegate::buildMenu() {
     auto* menu = new StatusMenu();
     // Sampling runs while any rich menu is on screen, whether popped up or as a window.
     connect(menu, &QMenu::aboutToShow, this, [this, menu] {
@@ -49,7 +41,7 @@ QMenu* AppDelegate::buildMenu() {
 
     if (!platform.access.isTrusted()) {
         QAction* warning = menu->addAction(QStringLiteral("\u26A0\uFE0E Needs input access"));
-        warning->setProperty(textOnlyWhenHostDrawn, true);
+        warning->setProperty(StatusMenu::textOnlyWhenHostDrawn, true);
         connect(warning, &QAction::triggered, this, &AppDelegate::openAccessibility);
     }
 
@@ -111,29 +103,6 @@ void AppDelegate::installMenu(QMenu* menu) {
     }
 }
 
-// The plain items are the rich menu's own actions, so both forms show and do the same; the
-// widget rows stand in as text items, and the first item opens the rich menu.
-void AppDelegate::fillHostMenu(QMenu* rich) {
-    if (!hostMenu) {
-        hostMenu = new QMenu();
-    }
-    hostMenu->clear();
-    QAction* open = hostMenu->addAction(QStringLiteral("Open Tolvane"));
-    connect(open, &QAction::triggered, this, [this] { openMenuWindow(false); });
-    for (QAction* action : rich->actions()) {
-        if (auto* hosted = qobject_cast<QWidgetAction*>(action)) {
-            auto* row = dynamic_cast<MenuRow*>(hosted->defaultWidget());
-            if (QAction* standIn = row ? row->plainItem(hostMenu) : nullptr) {
-                hostMenu->addAction(standIn);
-            }
-        } else if (action->property(textOnlyWhenHostDrawn).toBool()) {
-            hostMenu->addAction(action->text())->setEnabled(false);
-        } else {
-            hostMenu->addAction(action);
-        }
-    }
-}
-
 void AppDelegate::menuWillOpen() {
     stats.start();
 }
@@ -146,9 +115,7 @@ void AppDelegate::startCleaning() {
     if (currentMenu) {
         currentMenu->hide();
     }
-    if (windowMenu) {
-        windowMenu->hide();
-    }
+    trayHost->hideMenuWindow();
     // A render while the menu was open installed a newer menu; the one on screen is older.
     if (auto* open = qobject_cast<QMenu*>(QApplication::activePopupWidget())) {
         open->hide();

@@ -15,6 +15,9 @@ public:
     // another window takes the focus.
     bool closesOnDeactivation = false;
 
+    // The property of a plain item that a host-drawn menu shows as text only.
+    static constexpr char textOnlyWhenHostDrawn[] = "tolvaneTextOnlyWhenHostDrawn";
+
 protected:
     void keyPressEvent(QKeyEvent* event) override;
     void changeEvent(QEvent* event) override;
