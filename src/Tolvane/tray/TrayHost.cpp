@@ -11,6 +11,7 @@
 #include "Tolvane/menu/MenuRow.h"
 #include "Tolvane/menu/StatusMenu.h"
 #include "Tolvane/session/WaylandSession.h"
+#include "Tolvane/tray/PanelInk.h"
 
 #include <QCursor>
 #include <QDBusConnection>
@@ -34,25 +35,6 @@ bool statusNotifierHostPresent() {
     QDBusConnection bus = QDBusConnection::sessionBus();
     return bus.isConnected() && bus.interface() &&
            bus.interface()->isServiceRegistered(QStringLiteral("org.kde.StatusNotifierWatcher"));
-}
-
-// The mean colour of the outermost ring of pixels, where the glyph never reaches.
-QColor ringColour(const QImage& image) {
-    double red = 0, green = 0, blue = 0;
-    int count = 0;
-    for (int y = 0; y < image.height(); ++y) {
-        for (int x = 0; x < image.width(); ++x) {
-            if (y == 0 || x == 0 || y == image.height() - 1 || x == image.width() - 1) {
-                const QColor pixel = image.pixelColor(x, y);
-                red += pixel.redF();
-                green += pixel.greenF();
-                blue += pixel.blueF();
-                ++count;
-            }
-        }
-    }
-    return count ? QColor::fromRgbF(float(red / count), float(green / count), float(blue / count))
-                 : QColor();
 }
 
 } // namespace
@@ -154,22 +136,13 @@ QColor TrayHost::ink() const {
                : QGuiApplication::palette().color(QPalette::Active, QPalette::WindowText);
 }
 
-// The tray's own pixels around the icon say which ink stands out on it.
 void TrayHost::samplePanelInk() {
     if (!statusItem || !appPaintsIcon) {
         return;
     }
-    const QRect icon = statusItem->geometry();
-    QScreen* screen = QGuiApplication::screenAt(icon.center());
-    if (!icon.isValid() || !screen) {
-        return;
-    }
-    const QPoint inScreen = icon.topLeft() - screen->geometry().topLeft();
-    const QImage around =
-        screen->grabWindow(0, inScreen.x(), inScreen.y(), icon.width(), icon.height()).toImage();
-    const QColor background = ringColour(around);
-    if (background.isValid() && BrandIcon::inkOn(background) != panelInk) {
-        panelInk = BrandIcon::inkOn(background);
+    const QColor ink = inkAround(statusItem->geometry());
+    if (ink.isValid() && ink != panelInk) {
+        panelInk = ink;
         showIcon();
     }
 }
