@@ -3,7 +3,7 @@
 // and each reading of ProcHostStatistics on its own. Prints one line per figure:
 //   stats: NAME per_call_us=T calls=N
 // and fails when a reading the menu needs is absent.
-#include "Tolvane/SystemStats.h"
+#include "Tolvane/gauges/SystemStats.h"
 #include "platform/linux/ProcHostStatistics.h"
 
 #include <chrono>

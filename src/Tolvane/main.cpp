@@ -1,6 +1,6 @@
-#include "Tolvane/AppDelegate.h"
-#include "Tolvane/CommandLine.h"
-#include "Tolvane/Log.h"
+#include "Tolvane/app/AppDelegate.h"
+#include "Tolvane/app/CommandLine.h"
+#include "Tolvane/session/Log.h"
 #include "platform/linux/AutostartLoginRegistration.h"
 #include "platform/linux/DesktopScrollSetting.h"
 #include "platform/linux/InputServiceClient.h"
@@ -60,7 +60,7 @@ int main(int argc, char** argv) {
                                 host,    login,   scrollSetting, systemLog};
 
     AppDelegate delegate(platform, AppDelegate::defaultSettingsPath());
-    instance.onOpenRequest([&delegate] { delegate.openMenu(); });
+    instance.onOpenRequest([&delegate] { delegate.tray().openMenu(); });
     QTimer::singleShot(0, &delegate, &AppDelegate::applicationDidFinishLaunching);
     QApplication::exec();
     return 0;

@@ -1,4 +1,4 @@
-#include "Tolvane/AppDelegate.h"
+#include "Tolvane/app/AppDelegate.h"
 #include "support/AppHarness.h"
 #include "support/TextTable.h"
 
@@ -119,11 +119,13 @@ TEST_F(AppDelegateTest, TheMenuComesAsAWindowWhenTheTrayHostGoes) {
     launch(true);
     for (bool host : {true, false, true, false}) {
         trayHost = host;
-        delegate->checkTrayHost();
+        delegate->tray().checkTrayHost();
         settle();
-        EXPECT_EQ(delegate->menuWindow() && delegate->menuWindow()->isVisible(), !host) << host;
-        if (delegate->menuWindow()) {
-            delegate->menuWindow()->close();
+        EXPECT_EQ(delegate->tray().menuWindow() && delegate->tray().menuWindow()->isVisible(),
+                  !host)
+            << host;
+        if (delegate->tray().menuWindow()) {
+            delegate->tray().menuWindow()->close();
         }
     }
 }

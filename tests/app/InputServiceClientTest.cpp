@@ -1,5 +1,5 @@
 #include "platform/linux/InputServiceClient.h"
-#include "Tolvane/ScrollInverter.h"
+#include "Tolvane/scroll/ScrollInverter.h"
 #include "support/FakePlatform.h" // Lines
 
 #include <QDBusConnection>

@@ -1,7 +1,7 @@
-#include "Tolvane/KeyboardLock.h"
-#include "Tolvane/CleaningOverlay.h"
-#include "Tolvane/ScreenBackdrop.h"
-#include "Tolvane/UnlockButton.h"
+#include "Tolvane/lock/KeyboardLock.h"
+#include "Tolvane/lock/CleaningOverlay.h"
+#include "Tolvane/lock/ScreenBackdrop.h"
+#include "Tolvane/lock/UnlockButton.h"
 #include "support/AppHarness.h"
 #include "support/Views.h"
 

@@ -1,5 +1,9 @@
-#include "Tolvane/MenuPainting.h"
-#include "Tolvane/MenuViews.h"
+#include "Tolvane/gauges/RingGauge.h"
+#include "Tolvane/gauges/StatsView.h"
+#include "Tolvane/menu/CleanKeyboardRow.h"
+#include "Tolvane/menu/HeaderView.h"
+#include "Tolvane/menu/MenuPainting.h"
+#include "Tolvane/menu/SectionCaption.h"
 #include "support/FakePlatform.h"
 #include "support/Views.h"
 

@@ -1,4 +1,4 @@
-#include "Tolvane/MouseMonitor.h"
+#include "Tolvane/scroll/MouseMonitor.h"
 #include "support/AppHarness.h"
 
 #include <gtest/gtest.h>

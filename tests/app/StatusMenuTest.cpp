@@ -1,4 +1,7 @@
-#include "Tolvane/MenuViews.h"
+#include "Tolvane/gauges/StatsView.h"
+#include "Tolvane/menu/CleanKeyboardRow.h"
+#include "Tolvane/menu/HeaderView.h"
+#include "Tolvane/menu/SectionCaption.h"
 #include "support/AppHarness.h"
 #include "support/TextTable.h"
 
@@ -69,12 +72,12 @@ TEST_F(StatusMenu, ItemsTextsOrderAndShortcutsFollowTheStateAndAccessInBothForms
     fakes().pointers.present.push_back({"usb-1", {1, 2, 0, "USB Mouse"}});
     launch(true);
     EXPECT_EQ(describe(delegate->menu()), itemsIn("menu-mouse-auto-off.txt"));
-    EXPECT_EQ(describe(delegate->hostDrawnMenu()), itemsIn("host-menu-mouse-auto-off.txt"));
+    EXPECT_EQ(describe(delegate->tray().hostDrawnMenu()), itemsIn("host-menu-mouse-auto-off.txt"));
 
     reset();
     fakes().access.trusted = false;
     launch(true);
-    EXPECT_EQ(describe(delegate->hostDrawnMenu()), itemsIn("host-menu-no-access.txt"));
+    EXPECT_EQ(describe(delegate->tray().hostDrawnMenu()), itemsIn("host-menu-no-access.txt"));
     QAction* warning = delegate->menu()->actions()[1];
     ASSERT_EQ(describe(delegate->menu())[1], "\u26A0\uFE0E Needs input access");
     recorder().clear();
@@ -99,7 +102,7 @@ TEST_F(StatusMenu, ItemsAndTheirShortcutsActAndTheNextMenuShowsTheResult) {
     EXPECT_EQ(storedText("mode"), "mouse");
     settle();
     EXPECT_TRUE(itemNamed(delegate->menu(), "Switch to Natural scrolling"));
-    EXPECT_TRUE(itemNamed(delegate->hostDrawnMenu(), "Switch to Natural scrolling"));
+    EXPECT_TRUE(itemNamed(delegate->tray().hostDrawnMenu(), "Switch to Natural scrolling"));
 
     const QString autoSwitch = "Auto-switch when mouse connects", login = "Launch at login";
     itemNamed(delegate->menu(), autoSwitch)->trigger(); // auto off, mode kept
@@ -139,18 +142,18 @@ TEST_F(StatusMenu, TheTrayIconOpensTheMenuAndThePanelWindowSamplesAndClosesLikeO
         }
     };
     const int before = fakes().host.samples;
-    emit delegate->trayIcon()->activated(QSystemTrayIcon::MiddleClick);
+    emit delegate->tray().icon()->activated(QSystemTrayIcon::MiddleClick);
     EXPECT_FALSE(delegate->menu()->isVisible());
     EXPECT_FALSE(stats.isSampling());
-    emit delegate->trayIcon()->activated(QSystemTrayIcon::Trigger);
+    emit delegate->tray().icon()->activated(QSystemTrayIcon::Trigger);
     EXPECT_TRUE(delegate->menu()->isVisible());
     EXPECT_EQ(fakes().host.samples, before + 1);
     delegate->menu()->popup(QPoint(60, 60)); // a second opening without a close changes nothing
     tick();
     EXPECT_EQ(fakes().host.samples, before + 2);
 
-    itemNamed(delegate->hostDrawnMenu(), "Open Tolvane")->trigger();
-    QPointer<QMenu> window = delegate->menuWindow();
+    itemNamed(delegate->tray().hostDrawnMenu(), "Open Tolvane")->trigger();
+    QPointer<QMenu> window = delegate->tray().menuWindow();
     ASSERT_TRUE(window && QTest::qWaitForWindowActive(window));
     delegate->menu()->hide();
     settle();
@@ -158,24 +161,24 @@ TEST_F(StatusMenu, TheTrayIconOpensTheMenuAndThePanelWindowSamplesAndClosesLikeO
     EXPECT_EQ(fakes().host.samples, before + 3) << "the panel window still shows";
     QTest::keyClick(window->windowHandle(), Qt::Key_Escape);
     settle();
-    EXPECT_FALSE(delegate->menuWindow());
+    EXPECT_FALSE(delegate->tray().menuWindow());
     tick();
     EXPECT_FALSE(stats.isSampling());
     EXPECT_EQ(fakes().host.samples, before + 3);
 
-    delegate->openMenu(); // as a second start asks
-    window = delegate->menuWindow();
+    delegate->tray().openMenu(); // as a second start asks
+    window = delegate->tray().menuWindow();
     ASSERT_TRUE(window && QTest::qWaitForWindowActive(window));
-    delegate->openMenu();
-    EXPECT_EQ(delegate->menuWindow(), window);
+    delegate->tray().openMenu();
+    EXPECT_EQ(delegate->tray().menuWindow(), window);
     QWidget other;
     other.show();
     other.activateWindow();
     ASSERT_TRUE(QTest::qWaitForWindowActive(&other));
     EXPECT_TRUE(!window || !window->isVisible());
 
-    delegate->openMenu();
-    window = delegate->menuWindow();
+    delegate->tray().openMenu();
+    window = delegate->tray().menuWindow();
     ASSERT_TRUE(window && QTest::qWaitForWindowActive(window));
     for (int index : {0, 1, 4}) {
         clickRow(window, index);

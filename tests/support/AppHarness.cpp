@@ -1,6 +1,6 @@
 #include "support/AppHarness.h"
 
-#include "Tolvane/Log.h"
+#include "Tolvane/session/Log.h"
 
 #include <QAbstractButton>
 #include <QApplication>
@@ -68,7 +68,7 @@ void AppHarness::reset() {
 
 void AppHarness::launch(bool settled) {
     delegate = std::make_unique<AppDelegate>(fakePlatform->platform, path, timing);
-    delegate->trayHostAvailable = [this] { return trayHost; };
+    delegate->tray().hostAvailable = [this] { return trayHost; };
     delegate->applicationDidFinishLaunching();
     if (settled) {
         settle();

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Tolvane/AppDelegate.h"
+#include "Tolvane/app/AppDelegate.h"
 #include "support/FakePlatform.h"
 
 #include <QString>

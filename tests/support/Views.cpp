@@ -2,7 +2,7 @@
 // interface, the one QPA header the tests need (qt6-base-private-dev).
 #include "support/Views.h"
 
-#include "Tolvane/CleaningOverlay.h"
+#include "Tolvane/lock/CleaningOverlay.h"
 
 #include <QApplication>
 #include <QJsonArray>
