@@ -7,6 +7,7 @@
 #include <csignal>
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
 #include <functional>
 #include <optional>
 #include <poll.h>
@@ -37,8 +38,8 @@ double msUntil(const std::function<bool()>& done, Clock::time_point start = Cloc
     return -1;
 }
 
-void figure(const std::string& what, double ms) {
-    std::printf("figure: %s: %.0f ms\n", what.c_str(), ms);
+void figure(const std::string& what, double value, const char* unit = "ms") {
+    std::printf("figure: %s: %.0f %s\n", what.c_str(), value, unit);
 }
 
 // Keyboards plugged for a case, each with a plain reader as the desktop has.
@@ -287,6 +288,40 @@ TEST_F(InputService, ASessionSwitchLeavesTheInversionToTheNewSessionAlone) {
     }
     EXPECT_EQ(wheelSeen(*mouse).first, 1) << "a refused caller's inversion counted";
     EXPECT_EQ(keyboards.held(), 0) << "a refused caller holds";
+}
+
+// A field of /proc/PID/status, in its unit (kB for memory), summed over the names given.
+long statusField(pid_t pid, std::initializer_list<std::string_view> names) {
+    std::ifstream status("/proc/" + std::to_string(pid) + "/status");
+    long total = 0;
+    for (std::string line; std::getline(status, line);) {
+        for (const std::string_view name : names) {
+            if (line.starts_with(name) && line[name.size()] == ':') {
+                total += std::stol(line.substr(name.size() + 1));
+            }
+        }
+    }
+    return total;
+}
+
+// The service inverting a held mouse, with nothing happening: it sleeps for ten seconds on end
+// (no timer while no hold stands, the watchdog's every fifteen) and stays within 5 MB.
+TEST_F(InputService, IdleWithAMouseHeldItNeitherWakesNorGrows) {
+    auto caller = client(1);
+    ASSERT_EQ(caller->call(Call::invert), "");
+    ASSERT_EQ(wheelSeen(*mouse).first, -1);
+    ::sleep(1);
+    const auto switches = [&] {
+        return statusField(service->pid(),
+                           {"voluntary_ctxt_switches", "nonvoluntary_ctxt_switches"});
+    };
+    const long before = switches();
+    ::sleep(10);
+    const long wakeUps = switches() - before, residentKb = statusField(service->pid(), {"VmRSS"});
+    figure("service idle 10 s with a mouse held", double(wakeUps), "wake-ups");
+    figure("service resident memory", double(residentKb), "kB");
+    EXPECT_EQ(wakeUps, 0);
+    EXPECT_LE(residentKb, 5 * 1024);
 }
 
 } // namespace
