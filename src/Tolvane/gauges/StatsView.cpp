@@ -1,6 +1,7 @@
 #include "Tolvane/gauges/StatsView.h"
 
 #include "Tolvane/gauges/RingGauge.h"
+#include "Tolvane/look/Theme.h"
 #include "Tolvane/menu/MenuPainting.h"
 
 #include <QPaintEngine>

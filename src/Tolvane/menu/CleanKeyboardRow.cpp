@@ -1,6 +1,7 @@
 #include "Tolvane/menu/CleanKeyboardRow.h"
 
 #include "Tolvane/look/Symbols.h"
+#include "Tolvane/look/Theme.h"
 #include "Tolvane/menu/MenuPainting.h"
 
 #include <QAction>

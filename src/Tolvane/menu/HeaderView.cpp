@@ -2,6 +2,7 @@
 
 #include "Tolvane/look/BrandIcon.h"
 #include "Tolvane/look/Symbols.h"
+#include "Tolvane/look/Theme.h"
 #include "Tolvane/menu/MenuPainting.h"
 
 #include <QAction>
