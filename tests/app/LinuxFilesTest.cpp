@@ -133,6 +133,7 @@ TEST(SingleInstance, TwoStartsAlwaysMeetAndNothingLocalHoldsThemUp) {
         {"a folder others can write", "/open", "/open", "/c/t"},
         {"a symlink", "/link", "/link", "/c/t"},
         {"different runtime folders", "/one", "/two", "/one"},
+        {"the runtime folder given twice", "/c/t", "/c/t", "/c/t"},
         {"no folder at all", "", "", ""},
     };
     for (const Case& c : cases) {

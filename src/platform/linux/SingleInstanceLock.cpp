@@ -13,6 +13,7 @@
 
 #include "platform/linux/OpenRequestListener.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstddef>
 #include <cstdlib>
@@ -87,6 +88,9 @@ SingleInstanceLock::~SingleInstanceLock() {
 bool SingleInstanceLock::acquire() {
     std::vector<std::string> locked;
     for (const Folder& folder : folders) {
+        if (std::ranges::find(locked, folder.path) != locked.end()) {
+            continue; // XDG_RUNTIME_DIR is mostly logind's folder: a second flock would fail
+        }
         const Lock lock = lockIn(folder);
         if (lock == Lock::heldElsewhere) {
             for (const int descriptor : lockDescriptors) {
