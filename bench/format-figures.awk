@@ -122,8 +122,8 @@ END {
             value(paths[i], "idle_wakeups"), "", goal, met)
     }
 
-    runs["access"] = "with input access (stand-in /dev, no device)"
-    runs["none"] = "without input access (as this machine is)"
+    runs["access"] = "with the input service answering (uinput, no device)"
+    runs["none"] = "without the input service (as this machine is)"
     split("access none", order, " ")
     for (i = 1; i <= 2; ++i)
         desktopRows(order[i], runs[order[i]])
