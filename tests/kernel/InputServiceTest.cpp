@@ -305,7 +305,8 @@ long statusField(pid_t pid, std::initializer_list<std::string_view> names) {
 }
 
 // The service inverting a held mouse, with nothing happening: it sleeps for ten seconds on end
-// (no timer while no hold stands, the watchdog's every fifteen) and stays within 5 MB.
+// (no timer while no hold stands, the watchdog's every fifteen) and, built as it is shipped,
+// stays within 5 MB.
 TEST_F(InputService, IdleWithAMouseHeldItNeitherWakesNorGrows) {
     auto caller = client(1);
     ASSERT_EQ(caller->call(Call::invert), "");
@@ -318,10 +319,15 @@ TEST_F(InputService, IdleWithAMouseHeldItNeitherWakesNorGrows) {
     const long before = switches();
     ::sleep(10);
     const long wakeUps = switches() - before, residentKb = statusField(service->pid(), {"VmRSS"});
+    std::ifstream maps("/proc/" + std::to_string(service->pid()) + "/maps");
+    const bool sanitized =
+        std::string(std::istreambuf_iterator<char>(maps), {}).find("libasan") != std::string::npos;
     figure("service idle 10 s with a mouse held", double(wakeUps), "wake-ups");
-    figure("service resident memory", double(residentKb), "kB");
+    figure(sanitized ? "service resident memory (sanitized build, not held to 5 MB)"
+                     : "service resident memory",
+           double(residentKb), "kB");
     EXPECT_EQ(wakeUps, 0);
-    EXPECT_LE(residentKb, 5 * 1024);
+    EXPECT_TRUE(sanitized || residentKb <= 5 * 1024);
 }
 
 } // namespace
