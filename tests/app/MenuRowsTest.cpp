@@ -228,7 +228,7 @@ TEST_F(RingGaugeTest, AVisibleMoveEasesOverItsDurationWithFramesForItsLength) {
 // The card under the rings is drawn once and kept; it must still look as a new one does on a
 // new panel or at a new width.
 TEST_F(RingGaugeTest, TheCardFollowsTheSamplerAndANewPanelOrWidth) {
-    fakes.host.ticks = platform::CpuTicks{125, 1000};
+    fakes.host.ticks = TickPair{125, 1000};
     StatsView shown(stats);
     stats.sample();
     QCoreApplication::processEvents();

@@ -7,7 +7,6 @@
 #include "Tolvane/session/SettingsFile.h"
 #include "TolvaneCore/LogLine.h"
 #include "TolvaneCore/StoredSettings.h"
-#include "platform/linux/UserFolders.h"
 
 #include <QMenu>
 
@@ -20,6 +19,10 @@ std::string text(bool value) {
 }
 std::string text(ScrollMode mode) {
     return std::string(modeName(mode));
+}
+
+QString qtext(std::string_view text) {
+    return QString::fromLatin1(text.data(), qsizetype(text.size()));
 }
 
 StoredValue storedValue(const QVariant& value) {
@@ -51,10 +54,6 @@ AppDelegate::~AppDelegate() {
     trayHost.reset();
 }
 
-QString AppDelegate::defaultSettingsPath() {
-    return QString::fromStdString(oslinux::configHome()) + QStringLiteral("/Tolvane/Tolvane.conf");
-}
-
 void AppDelegate::applicationDidFinishLaunching() {
     Log::line("=== launch === trusted=" + text(platform.access.isTrusted()) +
               " baselineNatural=" + text(baselineNatural));
@@ -83,8 +82,8 @@ void AppDelegate::applicationDidFinishLaunching() {
 }
 
 void AppDelegate::loadState() {
-    const bool autoEnabled = loadAutoEnabled(storedValue(settings.value(autoKey)));
-    const ScrollMode mode = loadMode(storedValue(settings.value(modeKey)));
+    const bool autoEnabled = loadAutoEnabled(storedValue(settings.value(qtext(autoKey))));
+    const ScrollMode mode = loadMode(storedValue(settings.value(qtext(modeKey))));
     state = AppState{autoEnabled, false, mode};
     if (settings.status() != QSettings::NoError) {
         Log::line("settings not read: " + settings.fileName().toStdString());
@@ -92,9 +91,8 @@ void AppDelegate::loadState() {
 }
 
 void AppDelegate::saveState() {
-    settings.setValue(autoKey, state.autoEnabled);
-    settings.setValue(modeKey, QString::fromLatin1(storedModeText(state.mode).data(),
-                                                   qsizetype(storedModeText(state.mode).size())));
+    settings.setValue(qtext(autoKey), state.autoEnabled);
+    settings.setValue(qtext(modeKey), qtext(modeName(state.mode)));
     settings.sync();
     if (settings.status() != QSettings::NoError) {
         Log::line("settings not saved: " + settings.fileName().toStdString());
@@ -128,7 +126,7 @@ void AppDelegate::toggleAuto() {
 }
 
 void AppDelegate::toggleLogin() {
-    LoginItem::setEnabled(!platform.login.isEnabled(), platform.login, platform.systemLog);
+    LoginItem::setEnabled(!platform.login.isEnabled(), platform.login);
     render();
 }
 

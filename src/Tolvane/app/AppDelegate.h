@@ -59,9 +59,6 @@ public:
     KeyboardLock& lockForTesting() { return keyboardLock; }
     SystemStats& statsForTesting() { return stats; }
 
-    // $XDG_CONFIG_HOME/Tolvane/Tolvane.conf, with ~/.config when the variable is unset.
-    static QString defaultSettingsPath();
-
 private:
     void loadState();
     void saveState();
@@ -88,8 +85,6 @@ private:
     KeyboardLock keyboardLock;
     bool baselineNatural;
     QPointer<QTimer> permissionTimer;
-    const QString autoKey = QStringLiteral("autoEnabled");
-    const QString modeKey = QStringLiteral("mode");
     AppState state{true, false, ScrollMode::trackpad};
     std::unique_ptr<TrayHost> trayHost;
 };

@@ -12,6 +12,8 @@
 // same order.
 #include "platform/linux/SingleInstanceLock.h"
 
+#include "platform/linux/UserFolders.h"
+
 #include <QSocketNotifier>
 
 #include <cerrno>
@@ -20,7 +22,6 @@
 #include <cstring>
 
 #include <fcntl.h>
-#include <pwd.h>
 #include <sys/file.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -73,9 +74,8 @@ std::vector<SingleInstanceLock::Folder> SingleInstanceLock::userFolders() {
         result.push_back({runtime, false});
     }
     result.push_back({"/run/user/" + std::to_string(::geteuid()), false});
-    if (const passwd* entry = ::getpwuid(::geteuid());
-        entry && entry->pw_dir && entry->pw_dir[0] == '/') {
-        result.push_back({std::string(entry->pw_dir) + "/.cache/tolvane", true});
+    if (const std::string home = accountHome(); !home.empty()) {
+        result.push_back({home + "/.cache/tolvane", true});
     }
     return result;
 }
