@@ -188,7 +188,7 @@ TEST_F(StatusMenu, TheTrayIconOpensTheMenuAndThePanelWindowSamplesAndClosesLikeO
     clickRow(window, 2);
     EXPECT_TRUE(!window || !window->isVisible());
     EXPECT_TRUE(recorder().matching("keyboard.").empty()) << "the lock waits for the delay";
-    settle(100);
+    EXPECT_TRUE(QTest::qWaitFor([this] { return !recorder().matching("keyboard.").empty(); }));
     EXPECT_EQ(recorder().matching("keyboard."), (Lines{"keyboard.grab -> true"}));
 }
 
