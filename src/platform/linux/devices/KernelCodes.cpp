@@ -11,7 +11,7 @@ namespace tolvane::code {
 namespace {
 
 #define TOLVANE_KERNEL_CODE(name)                                                                  \
-    static_assert(named(#name) == name, #name " differs from the kernel's")
+    static_assert(named(#name) == (name), #name " differs from the kernel's")
 TOLVANE_KERNEL_CODE(EV_SYN);
 TOLVANE_KERNEL_CODE(EV_KEY);
 TOLVANE_KERNEL_CODE(EV_REL);
