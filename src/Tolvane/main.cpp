@@ -8,6 +8,7 @@
 #include "platform/linux/SingleInstanceLock.h"
 #include "platform/linux/SysfsPointerDevices.h"
 #include "platform/linux/SyslogSystemLog.h"
+#include "platform/linux/UserFolders.h"
 
 #include <QApplication>
 #include <QFileInfo>
@@ -50,6 +51,7 @@ int main(int argc, char** argv) {
 
     oslinux::SyslogSystemLog systemLog;
     Log::setSystemLog(&systemLog);
+    Log::setFile(oslinux::logFile());
 
     // Input goes through the input service; the mouse monitor reads sysfs and opens no node.
     oslinux::InputServiceClient service;
@@ -59,7 +61,9 @@ int main(int argc, char** argv) {
     platform::Platform platform{service, service, pointers,      service,
                                 host,    login,   scrollSetting, systemLog};
 
-    AppDelegate delegate(platform, AppDelegate::defaultSettingsPath());
+    const QString settingsPath =
+        QString::fromStdString(oslinux::configHome()) + QStringLiteral("/Tolvane/Tolvane.conf");
+    AppDelegate delegate(platform, settingsPath);
     instance.onOpenRequest([&delegate] { delegate.tray().openMenu(); });
     QTimer::singleShot(0, &delegate, &AppDelegate::applicationDidFinishLaunching);
     QApplication::exec();

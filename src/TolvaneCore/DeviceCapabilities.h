@@ -1,5 +1,7 @@
 #pragma once
 
+#include "TolvaneCore/EventCodes.h"
+
 #include <bitset>
 #include <cstdint>
 #include <functional>
@@ -12,68 +14,6 @@ namespace tolvane {
 
 // What an input device says it can send, as the kernel's event interface reports it. The
 // numbers are those of the kernel's input protocol; the platform side fills the record in.
-namespace code {
-inline constexpr std::uint16_t evAbs = 0x03;
-inline constexpr std::uint16_t evMsc = 0x04;
-inline constexpr std::uint16_t evSw = 0x05;
-inline constexpr std::uint16_t mscScan = 0x04;
-
-inline constexpr std::uint16_t relX = 0x00;
-inline constexpr std::uint16_t relY = 0x01;
-inline constexpr std::uint16_t absX = 0x00;
-inline constexpr std::uint16_t absY = 0x01;
-inline constexpr std::uint16_t absMtPositionX = 0x35;
-
-inline constexpr std::uint16_t keyEsc = 1;
-inline constexpr std::uint16_t keyA = 30;
-inline constexpr std::uint16_t keyLeftShift = 42;
-inline constexpr std::uint16_t keyF1 = 59;
-inline constexpr std::uint16_t keyMute = 113;
-inline constexpr std::uint16_t keyVolumeDown = 114;
-inline constexpr std::uint16_t keyVolumeUp = 115;
-inline constexpr std::uint16_t keyPower = 116;
-inline constexpr std::uint16_t keySleep = 142;
-inline constexpr std::uint16_t keyWakeUp = 143;
-inline constexpr std::uint16_t keyPlayPause = 164;
-inline constexpr std::uint16_t keySuspend = 205;
-inline constexpr std::uint16_t keyBrightnessDown = 224;
-inline constexpr std::uint16_t keyBrightnessUp = 225;
-inline constexpr std::uint16_t btnMisc = 0x100;
-inline constexpr std::uint16_t btnLeft = 0x110;
-inline constexpr std::uint16_t btnRight = 0x111;
-inline constexpr std::uint16_t btnToolPen = 0x140;
-inline constexpr std::uint16_t btnToolFinger = 0x145;
-inline constexpr std::uint16_t btnTouch = 0x14a;
-inline constexpr std::uint16_t btnStylus = 0x14b;
-inline constexpr std::uint16_t keyOk = 0x160;
-inline constexpr std::uint16_t keyPower2 = 0x164;
-inline constexpr std::uint16_t btnDpadUp = 0x220;
-inline constexpr std::uint16_t btnDpadRight = 0x223;
-inline constexpr std::uint16_t btnTriggerHappy = 0x2c0;
-
-inline constexpr std::uint16_t swLid = 0x00;
-inline constexpr std::uint16_t swTabletMode = 0x01;
-
-inline constexpr std::uint16_t propPointer = 0x00;
-inline constexpr std::uint16_t propDirect = 0x01;
-
-inline constexpr std::uint16_t busUsb = 0x03;
-inline constexpr std::uint16_t busBluetooth = 0x05;
-inline constexpr std::uint16_t busVirtual = 0x06;
-inline constexpr std::uint16_t busI8042 = 0x11;
-inline constexpr std::uint16_t busXtKbd = 0x12;
-inline constexpr std::uint16_t busI2c = 0x18;
-inline constexpr std::uint16_t busHost = 0x19;
-inline constexpr std::uint16_t busSpi = 0x1c;
-inline constexpr std::uint16_t busRmi = 0x1d;
-
-inline constexpr std::size_t relCount = 0x10;
-inline constexpr std::size_t absCount = 0x40;
-inline constexpr std::size_t keyCount = 0x300;
-inline constexpr std::size_t swCount = 0x11;
-inline constexpr std::size_t propCount = 0x20;
-} // namespace code
-
 struct DeviceCapabilities {
     std::string name;
     std::string phys; // where the device sits; Tolvane's clones carry a mark here

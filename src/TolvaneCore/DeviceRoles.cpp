@@ -104,7 +104,7 @@ bool isTolvaneClone(const DeviceCapabilities& device) {
 }
 
 bool hasWheel(const DeviceCapabilities& device) {
-    return device.hasRel(relWheel) || device.hasRel(relHWheel);
+    return device.hasRel(code::relWheel) || device.hasRel(code::relHWheel);
 }
 
 bool isSwallowedKey(std::uint16_t c) {
@@ -125,7 +125,7 @@ std::size_t dropSwallowedKeys(InputEvent* events, std::size_t count) {
     std::size_t kept = 0;
     for (std::size_t i = 0; i < count; ++i) {
         const InputEvent& e = events[i];
-        const bool swallowed = (e.type == evKey && isSwallowedKey(e.code)) ||
+        const bool swallowed = (e.type == code::evKey && isSwallowedKey(e.code)) ||
                                (e.type == code::evMsc && e.code == code::mscScan);
         if (!swallowed) {
             events[kept++] = e;
@@ -136,7 +136,7 @@ std::size_t dropSwallowedKeys(InputEvent* events, std::size_t count) {
 
 bool carriesInput(const InputEvent* events, std::size_t count) {
     for (std::size_t i = 0; i < count; ++i) {
-        if (events[i].type != evSyn) {
+        if (events[i].type != code::evSyn) {
             return true;
         }
     }

@@ -5,20 +5,16 @@
 
 namespace tolvane {
 
-namespace {
-constexpr std::uint16_t synReport = 0;
-}
-
 std::span<const InputEvent> FrameAssembler::take(const InputEvent& event) {
     frame[count++] = event;
-    if ((event.type == evSyn && event.code == synReport) || count == frame.size()) {
+    if ((event.type == code::evSyn && event.code == code::synReport) || count == frame.size()) {
         return flush();
     }
     return {};
 }
 
 std::span<const InputEvent> FrameAssembler::resynced() {
-    return count > 0 ? take({evSyn, synReport, 0}) : std::span<const InputEvent>{};
+    return count > 0 ? take({code::evSyn, code::synReport, 0}) : std::span<const InputEvent>{};
 }
 
 std::span<const InputEvent> FrameAssembler::flush() {
@@ -30,7 +26,8 @@ std::span<const InputEvent> FrameAssembler::flush() {
     if (filter) {
         filter(filterContext, frame.data(), n);
     }
-    const bool ends = n > 0 && frame[n - 1].type == evSyn && frame[n - 1].code == synReport;
+    const bool ends =
+        n > 0 && frame[n - 1].type == code::evSyn && frame[n - 1].code == code::synReport;
     if (!carriesInput(frame.data(), n) && !(partialSent && ends)) {
         return {};
     }

@@ -22,14 +22,10 @@ bool loadAutoEnabled(const StoredValue& stored) {
 }
 
 ScrollMode loadMode(const StoredValue& stored) {
-    if (stored.type == StoredValue::Type::text && stored.text == "mouse") {
+    if (stored.type == StoredValue::Type::text && stored.text == modeName(ScrollMode::mouse)) {
         return ScrollMode::mouse;
     }
     return ScrollMode::trackpad;
-}
-
-std::string_view storedModeText(ScrollMode mode) {
-    return mode == ScrollMode::mouse ? "mouse" : "trackpad";
 }
 
 } // namespace tolvane

@@ -17,13 +17,11 @@ struct StoredValue {
     std::string text;
 };
 
+// The keys of Tolvane.conf. The mode is stored as modeName() spells it.
 inline constexpr std::string_view autoKey = "autoEnabled";
 inline constexpr std::string_view modeKey = "mode";
 
 bool loadAutoEnabled(const StoredValue& stored);
 ScrollMode loadMode(const StoredValue& stored);
-
-// What saveState writes under "mode".
-std::string_view storedModeText(ScrollMode mode);
 
 } // namespace tolvane

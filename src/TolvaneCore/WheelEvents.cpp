@@ -5,8 +5,9 @@
 namespace tolvane {
 
 bool isWheelAxis(const InputEvent& event) {
-    return event.type == evRel && (event.code == relWheel || event.code == relHWheel ||
-                                   event.code == relWheelHiRes || event.code == relHWheelHiRes);
+    return event.type == code::evRel &&
+           (event.code == code::relWheel || event.code == code::relHWheel ||
+            event.code == code::relWheelHiRes || event.code == code::relHWheelHiRes);
 }
 
 void negateWheelAxes(InputEvent* events, std::size_t count) {

@@ -1,14 +1,11 @@
 #pragma once
 
+#include "TolvaneCore/StatsReadings.h"
+
 #include <cstdint>
 #include <optional>
 
 namespace tolvane::platform {
-
-struct CpuTicks {
-    std::uint64_t busy;
-    std::uint64_t total;
-};
 
 struct RootVolume {
     std::int64_t totalBytes;
@@ -21,7 +18,7 @@ class HostStatistics {
 public:
     virtual ~HostStatistics() = default;
 
-    virtual std::optional<CpuTicks> cpuTicks() = 0;
+    virtual std::optional<TickPair> cpuTicks() = 0;
     virtual std::optional<std::uint64_t> memoryUsedBytes() = 0;
     virtual std::uint64_t physicalMemoryBytes() = 0;
     virtual int activeProcessorCount() = 0;

@@ -7,6 +7,8 @@
 #include <QFileInfo>
 #include <QMenu>
 #include <QMessageBox>
+#include <QPointer>
+#include <QTest>
 #include <QTimer>
 
 #include <gtest/gtest.h>
@@ -112,24 +114,6 @@ TEST_F(AppDelegateTest, AMouseArrivalIsLoggedThenAppliedAndShownInANewMenu) {
     open->hide();
 }
 
-// Where the tray host goes, the menu comes as a window, until it is closed; a host that is
-// back takes the menu again. (That it comes after a start on a desktop without a tray, and
-// works there, the desktops tier sees.)
-TEST_F(AppDelegateTest, TheMenuComesAsAWindowWhenTheTrayHostGoes) {
-    launch(true);
-    for (bool host : {true, false, true, false}) {
-        trayHost = host;
-        delegate->tray().checkTrayHost();
-        settle();
-        EXPECT_EQ(delegate->tray().menuWindow() && delegate->tray().menuWindow()->isVisible(),
-                  !host)
-            << host;
-        if (delegate->tray().menuWindow()) {
-            delegate->tray().menuWindow()->close();
-        }
-    }
-}
-
 // A trusted process whose tap fails asks for access as well, then polls: it waits while a modal
 // alert or a menu is open, retries quietly, and stops for good once the tap starts. (An
 // untrusted one's alert and both its answers are seen in the package tier's sessions of the
@@ -145,31 +129,78 @@ TEST_F(AppDelegateTest, AFailedTapAsksForAccessThenPollsQuietlyOutsideModalsUnti
               (Lines{"scrollTap.create -> false", "access.requestAccess", "access.openHelp"}));
     EXPECT_TRUE(delegate->isPolling());
 
+    // The poll's own timer says when it has fired twice under a modal alert or a menu.
+    auto* poll = delegate->findChild<QTimer*>();
+    ASSERT_NE(poll, nullptr);
+    int ticks = 0;
+    QObject::connect(poll, &QTimer::timeout, poll, [&ticks] { ++ticks; });
+    const auto triesAfterTwoTicks = [&] {
+        ticks = 0;
+        EXPECT_TRUE(QTest::qWaitFor([&ticks] { return ticks >= 2; }));
+        return recorder().matching("scrollTap.");
+    };
     recorder().clear();
     QMessageBox other;
     std::vector<std::string> whileOpen{"not closed"};
-    QTimer::singleShot(200, &other, [&] {
-        whileOpen = recorder().matching("scrollTap.");
+    QTimer::singleShot(0, &other, [&] {
+        whileOpen = triesAfterTwoTicks();
         other.accept();
     });
     other.exec();
     EXPECT_TRUE(whileOpen.empty());
     QMenu* menu = openMenu();
     recorder().clear();
-    settle(150);
-    EXPECT_TRUE(recorder().matching("scrollTap.").empty()) << "a try under an open menu";
+    EXPECT_TRUE(triesAfterTwoTicks().empty()) << "a try under an open menu";
     menu->hide();
-    settle(200);
-    EXPECT_GE(recorder().matching("scrollTap.create -> false").size(), 2u);
+    EXPECT_TRUE(QTest::qWaitFor(
+        [this] { return recorder().matching("scrollTap.create -> false").size() >= 2; }));
     EXPECT_TRUE(recorder().matching("log: ").empty());
 
     fakes().scrollTap.available = true;
     const QMenu* before = delegate->menu();
-    settle(150);
-    EXPECT_FALSE(delegate->isPolling());
+    EXPECT_TRUE(QTest::qWaitFor([this] { return !delegate->isPolling(); }));
+    settle();
     EXPECT_EQ(recorder().matching("scrollTap.create -> true").size(), 1u);
     EXPECT_EQ(recorder().matching("log: Tolvane: applyInversion").size(), 1u);
     EXPECT_NE(delegate->menu(), before);
+}
+
+// A shortcut closes the menu as a click does, then acts; each choice is applied and stored at
+// once, and the next menu shows its result.
+TEST_F(AppDelegateTest, ItemsAndTheirShortcutsActAndTheNextMenuShowsTheResult) {
+    launch(true);
+    recorder().clear();
+    QPointer<QMenu> open = openMenu();
+    QTest::keyClick(open->windowHandle(), Qt::Key_T, Qt::ControlModifier);
+    EXPECT_TRUE(!open || !open->isVisible());
+    EXPECT_EQ(delegate->currentState(), (AppState{true, false, ScrollMode::mouse}));
+    EXPECT_FALSE(delegate->isInverting());
+    EXPECT_EQ(storedText("mode"), "mouse");
+    settle();
+    EXPECT_TRUE(itemNamed(delegate->menu(), "Switch to Natural scrolling"));
+    EXPECT_TRUE(itemNamed(delegate->tray().hostDrawnMenu(), "Switch to Natural scrolling"));
+
+    const QString autoSwitch = "Auto-switch when mouse connects", login = "Launch at login";
+    itemNamed(delegate->menu(), autoSwitch)->trigger(); // auto off, mode kept
+    EXPECT_EQ(delegate->currentState(), (AppState{false, false, ScrollMode::mouse}));
+    EXPECT_EQ(storedText("autoEnabled"), "false");
+    EXPECT_FALSE(itemNamed(delegate->menu(), autoSwitch)->isChecked());
+    itemNamed(delegate->menu(), autoSwitch)->trigger(); // auto on, mode from the connection
+    EXPECT_EQ(delegate->currentState(), (AppState{true, false, ScrollMode::trackpad}));
+    EXPECT_TRUE(delegate->isInverting());
+    EXPECT_EQ(storedText("mode"), "trackpad");
+
+    itemNamed(delegate->menu(), login)->trigger();
+    EXPECT_TRUE(itemNamed(delegate->menu(), login)->isChecked());
+    itemNamed(delegate->menu(), login)->trigger();
+    fakes().login.failWith = "Permission denied";
+    itemNamed(delegate->menu(), login)->trigger();
+    EXPECT_FALSE(itemNamed(delegate->menu(), login)->isChecked());
+    std::erase_if(recorder().calls,
+                  [](const std::string& c) { return c.starts_with("log: Tolvane: apply"); });
+    EXPECT_EQ(recorder().calls,
+              (Lines{"login.setEnabled true", "login.setEnabled false", "login.setEnabled true",
+                     "log: Tolvane: login item change failed: Permission denied"}));
 }
 
 } // namespace

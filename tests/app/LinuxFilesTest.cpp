@@ -216,7 +216,7 @@ TEST_F(ConfigHome, ProcHostStatisticsReadsTheFilesItIsGivenAndNothingFromBrokenO
     };
     write("stat", "cpu  55324 0 19158 1649236 503 0 280 0 0 0\n");
     write("meminfo", "MemTotal:       24683620 kB\nMemAvailable:   24379576 kB\n");
-    EXPECT_EQ(host().cpuTicks().value_or(platform::CpuTicks{}).busy, 74762u);
+    EXPECT_EQ(host().cpuTicks().value_or(TickPair{}).busy, 74762u);
     EXPECT_EQ(host().memoryUsedBytes(), (24683620ull - 24379576ull) * 1024);
 
     QByteArray longer = "MemTotal:  8388608 kB\n";

@@ -52,6 +52,7 @@ wait_for() {
 # "ID X Y WIDTH HEIGHT" for each viewable window of Tolvane.
 tolvane_windows() {
     for id in $(xdotool search --onlyvisible --pid "$tolvane_pid" 2>/dev/null); do
+        X='' Y='' WIDTH='' HEIGHT=''
         eval "$(xdotool getwindowgeometry --shell "$id")"
         echo "$id $X $Y $WIDTH $HEIGHT"
     done
@@ -74,6 +75,7 @@ in_log() { grep -q "$1" "$log"; }
 # tap_keyboard: six keys tapped on the USB keyboard; prints how many a plain reader saw.
 tap_keyboard() {
     echo >&3
+    # shellcheck disable=SC2016 # expanded by eval, on each try
     patience=5 wait_for "the keyboard's reader" eval '[ $(grep -c "^seen" /tmp/keyboard.out) -gt ${taps:-0} ]'
     taps=$((${taps:-0} + 1))
     grep '^seen' /tmp/keyboard.out | tail -n 1 | cut -d' ' -f2
@@ -85,6 +87,7 @@ key_presses() { grep -c '^KeyPress event' /tmp/xev.log; }
 click_cyan() {
     what=$1
     shift
+    # shellcheck disable=SC2046 # the answer is four numbers, one word each
     set -- $(tolvane-lock-guest "$fb" 22c1ee 24 "$@")
     [ "${1:-0}" -ge 20 ] || fail "no $what ($*)"
     xdotool mousemove $((($2 + $4) / 2)) $((($3 + $5) / 2))
@@ -131,6 +134,7 @@ in_log "tap creation failed" && fail "tolvane could not take the input devices"
 
 step "choose Clean Keyboard"
 sleep 1
+# shellcheck disable=SC2046 # the window's id and geometry, one word each
 set -- $(menu_window)
 click_cyan "Clean Keyboard row with its cyan disc in the menu" "$2" "$3" "$4" "$5"
 wait_for "the window to close" eval '! menu_window'
@@ -152,6 +156,7 @@ two_overlays || fail "the overlays changed while typing: $(overlays | tr '\n' ' 
 step "click Unlock keyboard on the right monitor"
 click_cyan "unlock button on the right monitor" $width $((height / 2 + 50)) $width $((height / 2 - 50))
 wait_for "the log line of the unlock" in_log "keyboard lock: unlocked"
+# shellcheck disable=SC2016 # expanded by eval, on each try
 wait_for "both overlays to go" eval '[ -z "$(overlays)" ]'
 seen=$(tap_keyboard)
 [ "$seen" = 12 ] || fail "a plain reader of the USB keyboard saw $seen of 12 key events after the unlock"

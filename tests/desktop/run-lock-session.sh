@@ -47,7 +47,7 @@ build_root() {
 # Each dump between its markers in the guest's log becomes NAME.png.
 extract_shots() {
     local name
-    for name in $(sed -n 's/^TOLVANE-SHOT \(.*\)$/\1/p' "$work/guest.txt"); do
+    sed -n 's/^TOLVANE-SHOT \(.*\)$/\1/p' "$work/guest.txt" | while read -r name; do
         sed -n "/^TOLVANE-SHOT $name\$/,/^TOLVANE-SHOT-END\$/p" "$work/guest.txt" |
             sed '1d;$d' | base64 -d | gunzip >"$work/$name.xwd" || fail "cannot decode $name"
         convert "xwd:$work/$name.xwd" "$work/$name.png" || fail "cannot convert $name"

@@ -7,6 +7,8 @@
 //                         item's menu is clicked as the host would
 //   shot FILE             the whole screen as a PNG
 //   move X Y | click BUTTON | key KEYSYM...  (keys pressed in order, released in reverse)
+#include "TolvaneCore/EventCodes.h"
+
 #include <QCoreApplication>
 #include <QDBusArgument>
 #include <QDBusConnection>
@@ -151,7 +153,8 @@ bool run(RemoteInput& input, const QStringList& words) {
                           {words[1].toDouble(), words[2].toDouble()});
     }
     if (verb == QStringLiteral("click") && words.size() == 2) {
-        const int button = words[1] == QStringLiteral("3") ? 0x111 : 0x110; // BTN_RIGHT, BTN_LEFT
+        const int button =
+            words[1] == QStringLiteral("3") ? tolvane::code::btnRight : tolvane::code::btnLeft;
         return input.call(QStringLiteral("NotifyPointerButton"), {button, true}) &&
                input.call(QStringLiteral("NotifyPointerButton"), {button, false});
     }

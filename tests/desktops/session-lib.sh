@@ -42,14 +42,16 @@ run_in_session() {
     rm -f "$work/system-bus"
     dbus-daemon --session --address="unix:path=$work/system-bus" --nofork --nopidfile \
         >/dev/null 2>&1 &
-    local outer=($!) status=0 image
+    local outer status=0 image
+    outer=($!)
     if [[ $session == x11 ]]; then
         rm -f "$work/display"
         Xvfb -displayfd 3 -screen 0 "${width}x${height}x24" -nolisten tcp 3>"$work/display" \
             2>"$work/xvfb.log" &
         outer+=($!)
         wait_for "the X server" test -s "$work/display"
-        export DISPLAY=":$(head -n1 "$work/display")"
+        DISPLAY=":$(head -n1 "$work/display")"
+        export DISPLAY
     fi
     TOLVANE_INSIDE_SESSION=1 TOLVANE_WORK="$work" DBUS_SYSTEM_BUS_ADDRESS="unix:path=$work/system-bus" \
         timeout 170 dbus-run-session -- "$@" || status=$?
@@ -68,6 +70,7 @@ run_in_session() {
 # ended on the way out.
 enter_session() {
     work=$TOLVANE_WORK
+    # shellcheck disable=SC2034 # read by the scripts that source this file
     settings=$XDG_CONFIG_HOME/Tolvane/Tolvane.conf
     log=$XDG_STATE_HOME/Tolvane/Tolvane.log
     # Screenshots stay uncompressed while the test runs; only those kept become PNG.
@@ -133,7 +136,7 @@ key() {
 start_tolvane() {
     step "start $tolvane"
     local launches
-    launches=$(cat "$log" 2>/dev/null | grep -c '=== launch') || true
+    launches=$(grep -c '=== launch' "$log" 2>/dev/null) || launches=0
     "$@" "$tolvane" >"$work/tolvane.log" 2>&1 &
     tolvane_pid=$!
     pids+=("$tolvane_pid")

@@ -13,8 +13,7 @@
 
 namespace tolvane::testing {
 
-void settle(int ms) {
-    QTest::qWait(ms);
+void settle() {
     for (int round = 0; round < 5; ++round) {
         QCoreApplication::sendPostedEvents();
         QCoreApplication::processEvents(QEventLoop::AllEvents);

@@ -11,9 +11,10 @@
 
 namespace tolvane::testing {
 
-// Runs the event loop for at least `ms` milliseconds, then until nothing is queued, so queued
-// reports and settings writes land and pending deletions happen.
-void settle(int ms = 0);
+// Runs the event loop until nothing is queued, so queued reports and settings writes land and
+// pending deletions happen. It never waits for time to pass: a test that needs a timer waits
+// for what the timer brings (QTest::qWaitFor).
+void settle();
 
 // The item of `menu` with `text`, or null.
 QAction* itemNamed(QMenu* menu, const QString& text);

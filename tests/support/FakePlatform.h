@@ -107,7 +107,7 @@ public:
 
 class FakeHostStatistics final : public platform::HostStatistics {
 public:
-    std::optional<platform::CpuTicks> cpuTicks() override {
+    std::optional<TickPair> cpuTicks() override {
         ++samples;
         return ticks;
     }
@@ -118,7 +118,7 @@ public:
         return platform::RootVolume{1000000000000, 500000000000};
     }
 
-    std::optional<platform::CpuTicks> ticks = platform::CpuTicks{1000, 4000};
+    std::optional<TickPair> ticks = TickPair{1000, 4000};
     int samples = 0;
 };
 

@@ -5,12 +5,15 @@
 // start with '#' are skipped. In a cell \n \r \t \0 \xHH \| \# and "\ " (a blank kept at the
 // edge) stand for what they say, any other backslash for itself; a cell "@NAME" is the whole
 // file NAME of the folder, for samples of many lines.
+#include "TolvaneCore/EventCodes.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cctype>
 #include <cstdint>
 #include <fstream>
+#include <optional>
 #include <sstream>
 #include <string>
 #include <string_view>
@@ -78,15 +81,11 @@ inline std::vector<TableRow> readTable(const std::string& name, std::size_t colu
     return rows;
 }
 
-// The number the kernel gives an event type or code `name` (REL_WHEEL), from the table of codes.
+// The number the kernel gives an event type or code `name` (REL_WHEEL).
 inline std::uint16_t codeOf(const std::string& name) {
-    for (const TableRow& row : readTable("event-codes.txt", 2)) {
-        if (row[0] == name) {
-            return std::uint16_t(std::stoi(row[1], nullptr, 0));
-        }
-    }
-    ADD_FAILURE() << "no code named " << name;
-    return 0;
+    const std::optional<std::uint16_t> value = code::named(name);
+    EXPECT_TRUE(value) << "no code named " << name;
+    return value.value_or(0);
 }
 
 } // namespace tolvane::testing

@@ -7,7 +7,6 @@
 #include "Tolvane/session/SettingsFile.h"
 #include "TolvaneCore/LogLine.h"
 #include "TolvaneCore/StoredSettings.h"
-#include "platform/linux/UserFolders.h"
 
 #include <QMenu>
 
@@ -39,10 +38,6 @@ AppDelegate::AppDelegate(platform::Platform& platform, const QString& settingsPa
 AppDelegate::~AppDelegate() {
     delete currentMenu;
     trayHost.reset();
-}
-
-QString AppDelegate::defaultSettingsPath() {
-    return QString::fromStdString(oslinux::configHome()) + QStringLiteral("/Tolvane/Tolvane.conf");
 }
 
 void AppDelegate::applicationDidFinishLaunching() {
@@ -85,7 +80,7 @@ void AppDelegate::loadState() {
 
 void AppDelegate::saveState() {
     settings.setValue(autoKey, boolText(state.autoEnabled));
-    settings.setValue(modeKey, storedModeText(state.mode));
+    settings.setValue(modeKey, modeName(state.mode));
     if (std::string why; !settings.save(why)) {
         Log::line("settings not saved: " + settings.path().toStdString() + ": " + why);
     }
@@ -118,7 +113,7 @@ void AppDelegate::toggleAuto() {
 }
 
 void AppDelegate::toggleLogin() {
-    LoginItem::setEnabled(!platform.login.isEnabled(), platform.login, platform.systemLog);
+    LoginItem::setEnabled(!platform.login.isEnabled(), platform.login);
     render();
 }
 

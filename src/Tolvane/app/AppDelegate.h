@@ -59,9 +59,6 @@ public:
     KeyboardLock& lockForTesting() { return keyboardLock; }
     SystemStats& statsForTesting() { return stats; }
 
-    // $XDG_CONFIG_HOME/Tolvane/Tolvane.conf, with ~/.config when the variable is unset.
-    static QString defaultSettingsPath();
-
 private:
     void loadState();
     void saveState();

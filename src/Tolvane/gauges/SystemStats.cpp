@@ -31,9 +31,8 @@ void SystemStats::stop() {
 }
 
 void SystemStats::sample() {
-    if (const auto ticks = host.cpuTicks()) {
-        const TickPair now{ticks->busy, ticks->total};
-        if (auto reading = cpuReading(lastTicks, now, host.activeProcessorCount())) {
+    if (const auto now = host.cpuTicks()) {
+        if (auto reading = cpuReading(lastTicks, *now, host.activeProcessorCount())) {
             setCpu(std::move(*reading));
         }
         lastTicks = now;

@@ -1,5 +1,7 @@
 #include "Tolvane/look/BrandIcon.h"
 
+#include "Tolvane/look/Theme.h"
+
 #include <QIconEngine>
 #include <QPainter>
 #include <QPainterPath>
@@ -29,11 +31,6 @@ void strokePath(QPainter& painter, const QPainterPath& path, const QColor& color
 }
 
 } // namespace
-
-const QColor& accent() {
-    static const QColor color = QColor::fromRgbF(59 / 255.0f, 91 / 255.0f, 1.0f, 1.0f);
-    return color;
-}
 
 void drawTolvane(QPainter& painter, const QColor& color) {
     painter.save();
@@ -118,7 +115,7 @@ QIcon menuBar(bool active, const QColor& ink) {
     if (!QIcon::hasThemeIcon(name)) {
         name.clear();
     }
-    return QIcon(new GlyphEngine(active ? accent() : ink, name));
+    return QIcon(new GlyphEngine(active ? Theme::cobalt() : ink, name));
 }
 
 // Black stands out more than white exactly where the relative luminance exceeds 0.179.

@@ -9,10 +9,7 @@ class QPainter;
 
 namespace tolvane::BrandIcon {
 
-// The program's blue, shared by the tray icon and the menu.
-const QColor& accent();
-
-// The tray icon: the glyph in the accent colour while mouse scrolling is in force, else in
+// The tray icon: the glyph in Theme::cobalt() while mouse scrolling is in force, else in
 // `ink`, the colour that stands out on the panel where the program paints the icon itself.
 // Where the icon theme holds Tolvane's installed icons, the icon also carries their name
 // (the inactive one symbolic), so that a tray host that draws icons by name tints the

@@ -1,7 +1,5 @@
 #include "Tolvane/look/Theme.h"
 
-#include "Tolvane/look/BrandIcon.h"
-
 namespace tolvane {
 
 QLinearGradient ThemeGradient::over(const QRectF& rect) const {
@@ -25,12 +23,17 @@ ThemeGradient ThemeGradient::withOpacity(qreal opacity) const {
 namespace Theme {
 
 const QColor& cobalt() {
-    return BrandIcon::accent();
+    static const QColor c(59, 91, 255);
+    return c;
+}
+
+const QColor& violet() {
+    static const QColor c(138, 123, 255);
+    return c;
 }
 
 const ThemeGradient& cpu() {
-    static const ThemeGradient g{QColor(59, 91, 255), QColor(138, 123, 255), UnitPoint::top,
-                                 UnitPoint::bottom};
+    static const ThemeGradient g{cobalt(), violet(), UnitPoint::top, UnitPoint::bottom};
     return g;
 }
 
@@ -52,8 +55,7 @@ const QColor& cleanStart() {
 }
 
 const ThemeGradient& cleanGradient() {
-    static const ThemeGradient g{cleanStart(), QColor(59, 91, 255), UnitPoint::leading,
-                                 UnitPoint::trailing};
+    static const ThemeGradient g{cleanStart(), cobalt(), UnitPoint::leading, UnitPoint::trailing};
     return g;
 }
 

@@ -20,7 +20,9 @@ struct ThemeGradient {
 };
 
 namespace Theme {
+// The program's blue, shared by the tray icon and the menu, and the violet it fades into.
 const QColor& cobalt();
+const QColor& violet();
 const ThemeGradient& cpu();
 const ThemeGradient& memory();
 const ThemeGradient& storage();

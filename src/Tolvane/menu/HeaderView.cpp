@@ -93,7 +93,7 @@ void HeaderView::paintEvent(QPaintEvent*) {
     const qreal middle = content.center().y();
 
     const QRectF badge(content.left(), middle - badgeSide / 2, badgeSide, badgeSide);
-    const ThemeGradient badgeFill{Theme::cobalt(), QColor(138, 123, 255), UnitPoint::topLeading,
+    const ThemeGradient badgeFill{Theme::cobalt(), Theme::violet(), UnitPoint::topLeading,
                                   UnitPoint::bottomTrailing};
     painter.setPen(Qt::NoPen);
     painter.setBrush(badgeFill.over(badge));

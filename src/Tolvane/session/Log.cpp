@@ -2,7 +2,6 @@
 
 #include "TolvaneCore/LogLine.h"
 #include "platform/SystemLog.h"
-#include "platform/linux/UserFolders.h"
 
 #include <QDir>
 #include <QFile>
@@ -15,20 +14,19 @@ namespace tolvane::Log {
 namespace {
 
 platform::SystemLog* systemLogSink = nullptr;
+QString logFile;
+bool folderMade = false;
 
-// Made once: the folder is created on the first use only, and if that fails the file
-// writes fail quietly from then on.
-const QString& logFile() {
-    static const QString path = [] {
-        QString file = QString::fromStdString(oslinux::logFile());
-        QDir().mkpath(QFileInfo(file).path());
-        return file;
-    }();
-    return path;
-}
-
+// The folder is made on the first line only; if that fails, the file writes fail quietly.
 void appendToFile(const std::string& text) {
-    QFile file(logFile());
+    if (logFile.isEmpty()) {
+        return;
+    }
+    if (!folderMade) {
+        QDir().mkpath(QFileInfo(logFile).path());
+        folderMade = true;
+    }
+    QFile file(logFile);
     if (!file.open(QIODevice::WriteOnly | QIODevice::Append)) {
         return;
     }
@@ -42,8 +40,9 @@ void setSystemLog(platform::SystemLog* systemLog) {
     systemLogSink = systemLog;
 }
 
-std::string filePath() {
-    return logFile().toStdString();
+void setFile(const std::string& path) {
+    logFile = QString::fromStdString(path);
+    folderMade = false;
 }
 
 void line(const std::string& message) {

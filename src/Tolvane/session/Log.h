@@ -12,10 +12,9 @@ namespace tolvane::Log {
 // system log. Never fails towards its caller.
 void line(const std::string& message);
 
-// Where the system log entries go; set once at start, before the first line.
+// Where the lines go; each set once at start, before the first line. Without a file the lines
+// go to the system log only. The file's folder is made on the first line.
+void setFile(const std::string& path);
 void setSystemLog(platform::SystemLog* systemLog);
-
-// $XDG_STATE_HOME/Tolvane/Tolvane.log, with ~/.local/state when the variable is unset.
-std::string filePath();
 
 } // namespace tolvane::Log

@@ -1,17 +1,16 @@
 #include "Tolvane/session/LoginItem.h"
 
+#include "Tolvane/session/Log.h"
 #include "platform/LoginRegistration.h"
-#include "platform/SystemLog.h"
 
 namespace tolvane {
 
-void LoginItem::setEnabled(bool enabled, platform::LoginRegistration& registration,
-                           platform::SystemLog& systemLog) {
+void LoginItem::setEnabled(bool enabled, platform::LoginRegistration& registration) {
     std::string failure;
     if (registration.setEnabled(enabled, failure)) {
         return;
     }
-    systemLog.write("Tolvane: login item change failed: " + failure);
+    Log::line("login item change failed: " + failure);
 }
 
 } // namespace tolvane

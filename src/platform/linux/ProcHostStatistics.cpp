@@ -65,14 +65,10 @@ ProcHostStatistics::ProcHostStatistics(const std::string& procRoot, std::string 
     : statPath(procRoot + "/stat"), meminfoPath(procRoot + "/meminfo"),
       volumePath(std::move(volumePath)) {}
 
-std::optional<platform::CpuTicks> ProcHostStatistics::cpuTicks() {
+std::optional<TickPair> ProcHostStatistics::cpuTicks() {
     Buffer buffer;
     const auto text = readStart(statPath, buffer);
-    const auto ticks = text ? cpuTicksFromProcStat(*text) : std::nullopt;
-    if (!ticks) {
-        return std::nullopt;
-    }
-    return platform::CpuTicks{ticks->busy, ticks->total};
+    return text ? cpuTicksFromProcStat(*text) : std::nullopt;
 }
 
 std::optional<std::uint64_t> ProcHostStatistics::memoryUsedBytes() {

@@ -15,7 +15,7 @@ public:
     explicit ProcHostStatistics(const std::string& procRoot = "/proc",
                                 std::string volumePath = "/");
 
-    std::optional<platform::CpuTicks> cpuTicks() override;
+    std::optional<TickPair> cpuTicks() override;
     std::optional<std::uint64_t> memoryUsedBytes() override;
     std::uint64_t physicalMemoryBytes() override;
     int activeProcessorCount() override;

@@ -12,6 +12,7 @@
 #include "platform/linux/SingleInstanceLock.h"
 
 #include "platform/linux/OpenRequestListener.h"
+#include "platform/linux/UserFolders.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -20,7 +21,6 @@
 #include <cstring>
 
 #include <fcntl.h>
-#include <pwd.h>
 #include <sys/file.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -66,9 +66,8 @@ std::vector<SingleInstanceLock::Folder> SingleInstanceLock::userFolders() {
         result.push_back({runtime, false});
     }
     result.push_back({"/run/user/" + std::to_string(::geteuid()), false});
-    if (const passwd* entry = ::getpwuid(::geteuid());
-        entry && entry->pw_dir && entry->pw_dir[0] == '/') {
-        result.push_back({std::string(entry->pw_dir) + "/.cache/tolvane", true});
+    if (const std::string home = accountHome(); !home.empty()) {
+        result.push_back({home + "/.cache/tolvane", true});
     }
     return result;
 }

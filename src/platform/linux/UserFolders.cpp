@@ -26,11 +26,8 @@ std::string xdgFolder(const char* variable, const char* underHome) {
 
 } // namespace
 
-std::string homeFolder() {
-    std::string home = absoluteVariable("HOME");
-    if (!home.empty()) {
-        return home;
-    }
+std::string accountHome() {
+    std::string home;
     const long suggested = ::sysconf(_SC_GETPW_R_SIZE_MAX);
     std::vector<char> buffer(suggested > 0 ? std::size_t(suggested) : 16384);
     passwd entry{};
@@ -40,6 +37,11 @@ std::string homeFolder() {
         home = found->pw_dir;
     }
     return home;
+}
+
+std::string homeFolder() {
+    const std::string home = absoluteVariable("HOME");
+    return home.empty() ? accountHome() : home;
 }
 
 std::string configHome() {

@@ -4,8 +4,10 @@
 
 namespace tolvane::oslinux {
 
-// The user's home: $HOME when it is an absolute path, else the account's home from the
-// password database; empty when neither is known.
+// The account's home from the password database, whatever $HOME says; empty when unknown.
+std::string accountHome();
+
+// The user's home: $HOME when it is an absolute path, else accountHome().
 std::string homeFolder();
 
 // $XDG_CONFIG_HOME when it is an absolute path, else ~/.config.
@@ -14,7 +16,7 @@ std::string configHome();
 // $XDG_STATE_HOME when it is an absolute path, else ~/.local/state.
 std::string stateHome();
 
-// Tolvane's log file, in stateHome(): written by the program and by its input watchdog.
+// Tolvane's log file, in stateHome().
 std::string logFile();
 
 } // namespace tolvane::oslinux

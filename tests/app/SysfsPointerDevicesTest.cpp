@@ -1,14 +1,11 @@
-#include "TolvaneCore/DeviceRoles.h"
-#include "platform/linux/QtEventLoop.h"
 #include "platform/linux/SysfsPointerDevices.h"
-#include "platform/linux/devices/NodeWatch.h"
+#include "TolvaneCore/DeviceRoles.h"
 
 #include <QTemporaryDir>
 #include <QTest>
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cstdio>
 #include <map>
 #include <string>
@@ -19,75 +16,6 @@
 
 namespace tolvane::testing {
 namespace {
-
-void touch(const std::string& path) {
-    std::fclose(std::fopen(path.c_str(), "w"));
-}
-
-TEST(QtEventLoopTest, CallsTheLastWatchOnReadableAndStopsWhenUnwatchedFromItsOwnCallback) {
-    oslinux::QtEventLoop loop;
-    int ends[2];
-    ASSERT_EQ(::pipe(ends), 0);
-    int first = 0, calls = 0;
-    loop.watchReadable(ends[0], [&] { ++first; }); // replaced by the next watch
-    loop.watchReadable(ends[0], [&] {
-        char buffer[16];
-        EXPECT_GT(::read(ends[0], buffer, sizeof buffer), 0);
-        ++calls;
-        loop.unwatch(ends[0]);
-    });
-    EXPECT_EQ(::write(ends[1], "x", 1), 1);
-    EXPECT_TRUE(QTest::qWaitFor([&] { return calls == 1; }));
-    EXPECT_EQ(::write(ends[1], "x", 1), 1);
-    QTest::qWait(100);
-    EXPECT_EQ(calls, 1);
-    EXPECT_EQ(first, 0);
-    ::close(ends[0]);
-    ::close(ends[1]);
-}
-
-// The directory watch used where no udevd runs, on a plain directory standing in for /dev.
-TEST(InotifyNodeWatchTest, AnnouncesEventNodesAsTheyComeChangeAndGo) {
-    QTemporaryDir dir;
-    const std::string root = dir.path().toStdString(), input = root + "/input";
-    oslinux::QtEventLoop loop;
-    std::vector<std::string> seen;
-    auto watch = oslinux::watchNodesWithInotify(
-        loop, root,
-        {[&](const std::string& node) { seen.push_back("+" + node); },
-         [&](const std::string& node) { seen.push_back("-" + node); },
-         {}});
-    ASSERT_NE(watch, nullptr);
-    const auto settle = [&] {
-        QTest::qWait(50);
-        std::vector<std::string> got;
-        got.swap(seen);
-        return got;
-    };
-
-    ASSERT_EQ(::mkdir(input.c_str(), 0755), 0); // the first input device makes the directory
-    touch(input + "/event3");
-    EXPECT_EQ(settle(), std::vector<std::string>{"+event3"});
-
-    touch(input + "/event4");
-    touch(input + "/mouse0"); // not an event node
-    EXPECT_EQ(settle(), std::vector<std::string>{"+event4"});
-
-    ASSERT_EQ(::chmod((input + "/event3").c_str(), 0600), 0); // as when udev fixes permissions
-    EXPECT_EQ(settle(), std::vector<std::string>{"+event3"});
-
-    touch(input + "/staging");
-    ASSERT_EQ(::rename((input + "/staging").c_str(), (input + "/event5").c_str()), 0);
-    EXPECT_EQ(settle(), std::vector<std::string>{"+event5"});
-    ASSERT_EQ(::chmod((input + "/event5").c_str(), 0600), 0);
-    EXPECT_EQ(settle(), std::vector<std::string>{"+event5"});
-
-    ASSERT_EQ(::unlink((input + "/event4").c_str()), 0);
-    const std::vector<std::string> gone = settle();
-    ASSERT_FALSE(gone.empty());
-    EXPECT_EQ(gone.back(), "-event4");
-    EXPECT_EQ(std::count(gone.begin(), gone.end(), "-event4"), 1);
-}
 
 // A USB mouse as sysfs shows it, `identity` its device's sysfs path.
 oslinux::SysfsDevice mouse(const std::string& identity, const std::string& name,
@@ -112,7 +40,9 @@ TEST(SysfsPointerDevicesTest, FollowsPointersBySysfsIdentityThroughReusedNodesAn
         {"event2", mouse("/sys/input2", "Keyboard")},
         {"event3", mouse("/sys/input3", "Clone", markedPhys("usb-1/input0"))}};
     sysfs["event2"].capabilities.rel.reset(); // no pointer
-    const auto plug = [&](const std::string& node) { touch(input + "/" + node); };
+    const auto plug = [&](const std::string& node) {
+        std::fclose(std::fopen((input + "/" + node).c_str(), "w"));
+    };
     for (const char* node : {"event1", "event2", "event3", "event4"}) { // event4: not in sysfs
         plug(node);
     }
