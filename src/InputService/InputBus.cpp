@@ -50,14 +50,18 @@ bool InputBus::publish() {
         return false;
     }
     sd_event_source_set_enabled(expiry, SD_EVENT_OFF);
+    // Below the bus: after a long turn (a hold of many keyboards) the keep-alives that came
+    // meanwhile are read before a hold is judged silent.
+    sd_event_source_set_priority(expiry, SD_EVENT_PRIORITY_IDLE);
     // Taken last: a client that sees the name finds every call served.
     return sd_bus_request_name(bus, serviceName, 0) >= 0;
 }
 
+// The clock itself, not the loop's turn: a turn that took long must not age what it records.
 MonotonicMs InputBus::now() const {
-    std::uint64_t usec = 0;
-    sd_event_now(event, CLOCK_MONOTONIC, &usec);
-    return MonotonicMs(usec / 1000);
+    timespec time{};
+    clock_gettime(CLOCK_MONOTONIC, &time);
+    return MonotonicMs(std::int64_t(time.tv_sec) * 1000 + time.tv_nsec / 1'000'000);
 }
 
 int InputBus::onSetInversion(sd_bus_message* message, void* userdata, sd_bus_error*) {
@@ -160,6 +164,8 @@ void InputBus::perform(const Message& message, const std::string& sender, Call c
     case Call::holdKeyboards:
         callers.hold(sender, now());
         apply();
+        callers.keepAlive(sender, now()); // its keep-alives start with the answer
+        armExpiry();
         if (!callers.holds(sender) || !holding) {
             callers.release(sender);
             apply();
