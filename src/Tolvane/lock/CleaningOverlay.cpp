@@ -133,12 +133,17 @@ void CleaningOverlay::paintBackdrop(QPainter& painter) {
     painter.save();
     painter.setCompositionMode(QPainter::CompositionMode_Source);
     if (!backdrop.isNull()) {
-        // Stretched once per size: the clock repaints every second.
-        if (stretchedBackdrop.size() != size()) {
+        // Stretched once per size and scale, to the window's own pixels: the clock repaints
+        // every second. The picture's own scale is not the window's (it is a grab, shrunk),
+        // so it is drawn into the whole rectangle, never at its own size.
+        const qreal ratio = devicePixelRatioF();
+        const QSize pixels = (QSizeF(size()) * ratio).toSize();
+        if (stretchedBackdrop.size() != pixels || stretchedBackdrop.devicePixelRatio() != ratio) {
             stretchedBackdrop = QPixmap::fromImage(
-                backdrop.scaled(size(), Qt::IgnoreAspectRatio, Qt::SmoothTransformation));
+                backdrop.scaled(pixels, Qt::IgnoreAspectRatio, Qt::SmoothTransformation));
+            stretchedBackdrop.setDevicePixelRatio(ratio);
         }
-        painter.drawPixmap(0, 0, stretchedBackdrop);
+        painter.drawPixmap(rect(), stretchedBackdrop);
         painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
     }
     QColor shade(Qt::black);
