@@ -1,5 +1,6 @@
 #include "Tolvane/lock/CleaningOverlay.h"
 
+#include "Tolvane/lock/OverlayAccessibility.h"
 #include "Tolvane/lock/OverlaySymbols.h"
 #include "Tolvane/lock/UnlockButton.h"
 #include "Tolvane/look/DesktopFonts.h"
@@ -59,6 +60,7 @@ CleaningOverlay::CleaningOverlay(std::function<void()> onUnlock, QImage backdrop
     : QWidget(parent), onUnlock(std::move(onUnlock)), backdrop(std::move(backdrop)),
       startedAt(std::chrono::steady_clock::now()), button(new UnlockButton(this)) {
     setFocusPolicy(Qt::StrongFocus);
+    installOverlayAccessibility();
     connect(button, &UnlockButton::clicked, this, [this] {
         if (this->onUnlock) {
             this->onUnlock();
@@ -75,6 +77,10 @@ CleaningOverlay::CleaningOverlay(std::function<void()> onUnlock, QImage backdrop
 QString CleaningOverlay::clockText() const {
     const std::chrono::duration<double> since = std::chrono::steady_clock::now() - startedAt;
     return QString::fromStdString(elapsed(0, since.count()));
+}
+
+QList<CleaningOverlay::ShownText> CleaningOverlay::shownTexts() const {
+    return {{heading, headingRect}, {instruction, instructionRect}, {clockText(), clockRect}};
 }
 
 // A centred column: badge, heading and instruction, clock, button; 22 px apart, with 48 px
