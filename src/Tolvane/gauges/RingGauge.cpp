@@ -1,5 +1,6 @@
 #include "Tolvane/gauges/RingGauge.h"
 
+#include "Tolvane/gauges/GaugeAccessibility.h"
 #include "Tolvane/look/Symbols.h"
 #include "Tolvane/look/TabularDigits.h"
 #include "Tolvane/look/Theme.h"
@@ -58,6 +59,7 @@ RingGauge::RingGauge(QString title, QString icon, ThemeGradient gradient, QWidge
       shown(gaugeValues(reading.fraction)), end(shown.ringEnd) {
     setAttribute(Qt::WA_TranslucentBackground);
     setAttribute(Qt::WA_TransparentForMouseEvents);
+    installGaugeAccessibility();
     animation.setDuration(animationMs);
     animation.setUpdateInterval(frameMs);
     animation.setEasingCurve(easeInOut());

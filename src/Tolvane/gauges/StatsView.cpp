@@ -44,6 +44,10 @@ void StatsView::refresh() {
     gauges[0]->setReading(stats->cpu());
     gauges[1]->setReading(stats->memory());
     gauges[2]->setReading(stats->storage());
+    // The card reads as its three gauges, for a screen reader that reads a menu item whole.
+    setAccessibleName(gauges[0]->accessibleName() + QStringLiteral("; ") +
+                      gauges[1]->accessibleName() + QStringLiteral("; ") +
+                      gauges[2]->accessibleName());
 }
 
 int StatsView::contentHeight() const {

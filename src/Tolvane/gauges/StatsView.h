@@ -17,6 +17,7 @@ public:
     explicit StatsView(SystemStats& stats, QWidget* parent = nullptr);
 
     RingGauge* gauge(int index) const { return gauges[index]; }
+    QAccessible::Role accessibleRole() const override { return QAccessible::Grouping; }
 
 protected:
     int contentHeight() const override;

@@ -1,5 +1,6 @@
 #include "Tolvane/lock/CleaningOverlay.h"
 
+#include "Tolvane/lock/OverlayAccessibility.h"
 #include "Tolvane/lock/OverlaySymbols.h"
 #include "Tolvane/lock/UnlockButton.h"
 #include "Tolvane/look/DesktopFonts.h"
@@ -59,6 +60,7 @@ CleaningOverlay::CleaningOverlay(std::function<void()> onUnlock, QImage backdrop
     : QWidget(parent), onUnlock(std::move(onUnlock)), backdrop(std::move(backdrop)),
       startedAt(std::chrono::steady_clock::now()), button(new UnlockButton(this)) {
     setFocusPolicy(Qt::StrongFocus);
+    installOverlayAccessibility();
     connect(button, &UnlockButton::clicked, this, [this] {
         if (this->onUnlock) {
             this->onUnlock();
@@ -75,6 +77,10 @@ CleaningOverlay::CleaningOverlay(std::function<void()> onUnlock, QImage backdrop
 QString CleaningOverlay::clockText() const {
     const std::chrono::duration<double> since = std::chrono::steady_clock::now() - startedAt;
     return QString::fromStdString(elapsed(0, since.count()));
+}
+
+QList<CleaningOverlay::ShownText> CleaningOverlay::shownTexts() const {
+    return {{heading, headingRect}, {instruction, instructionRect}, {clockText(), clockRect}};
 }
 
 // A centred column: badge, heading and instruction, clock, button; 22 px apart, with 48 px
@@ -133,12 +139,17 @@ void CleaningOverlay::paintBackdrop(QPainter& painter) {
     painter.save();
     painter.setCompositionMode(QPainter::CompositionMode_Source);
     if (!backdrop.isNull()) {
-        // Stretched once per size: the clock repaints every second.
-        if (stretchedBackdrop.size() != size()) {
+        // Stretched once per size and scale, to the window's own pixels: the clock repaints
+        // every second. The picture's own scale is not the window's (it is a grab, shrunk),
+        // so it is drawn into the whole rectangle, never at its own size.
+        const qreal ratio = devicePixelRatioF();
+        const QSize pixels = (QSizeF(size()) * ratio).toSize();
+        if (stretchedBackdrop.size() != pixels || stretchedBackdrop.devicePixelRatio() != ratio) {
             stretchedBackdrop = QPixmap::fromImage(
-                backdrop.scaled(size(), Qt::IgnoreAspectRatio, Qt::SmoothTransformation));
+                backdrop.scaled(pixels, Qt::IgnoreAspectRatio, Qt::SmoothTransformation));
+            stretchedBackdrop.setDevicePixelRatio(ratio);
         }
-        painter.drawPixmap(0, 0, stretchedBackdrop);
+        painter.drawPixmap(rect(), stretchedBackdrop);
         painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
     }
     QColor shade(Qt::black);

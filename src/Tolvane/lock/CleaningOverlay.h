@@ -30,6 +30,12 @@ public:
     QString clockText() const;
     // Where the clock is drawn, in the overlay's coordinates.
     QRect clockArea() const { return clockRect; }
+    // The texts it paints, in reading order (heading, instruction, clock), each with its area.
+    struct ShownText {
+        QString text;
+        QRect area;
+    };
+    QList<ShownText> shownTexts() const;
     UnlockButton* unlockButton() const { return button; }
 
 protected:

@@ -41,6 +41,8 @@ qreal textBlockHeight(const QWidget& w) {
 CleanKeyboardRow::CleanKeyboardRow(bool enabled, std::function<void()> action, QWidget* parent)
     : MenuRow(parent), enabled(enabled), action(std::move(action)) {
     setMouseTracking(true);
+    setAccessibleName(QStringLiteral("Clean Keyboard"));
+    setAccessibleDescription(explanation(enabled));
 }
 
 QRectF CleanKeyboardRow::buttonRect() const {
@@ -59,7 +61,8 @@ void CleanKeyboardRow::paintEvent(QPaintEvent*) {
 
     const QRectF card = buttonRect();
     QColor fill = MenuPainting::primary(*this, 0.05);
-    if (hovering && enabled) {
+    // The pointer over the card, or the menu's highlight brought here by the arrows.
+    if ((hovering || isMenusActiveRow()) && enabled) {
         fill = Theme::cleanStart();
         fill.setAlphaF(0.14f);
     }
@@ -123,7 +126,13 @@ void CleanKeyboardRow::mouseReleaseEvent(QMouseEvent* event) {
     const bool completed =
         pressed && event->button() == Qt::LeftButton && buttonRect().contains(event->position());
     pressed = false;
-    if (completed && enabled && action) {
+    if (completed) {
+        activate();
+    }
+}
+
+void CleanKeyboardRow::activate() {
+    if (acts()) {
         action();
     }
 }

@@ -13,6 +13,9 @@ public:
     CleanKeyboardRow(bool enabled, std::function<void()> action, QWidget* parent = nullptr);
 
     QAction* plainItem(QObject* parent) const override;
+    bool acts() const override { return enabled && action; }
+    void activate() override;
+    QAccessible::Role accessibleRole() const override { return QAccessible::Button; }
 
     bool isHovering() const { return hovering; }
 

@@ -69,7 +69,11 @@ struct Chip {
 } // namespace
 
 HeaderView::HeaderView(bool reversed, bool mouseConnected, QWidget* parent)
-    : MenuRow(parent), reversed(reversed), mouseConnected(mouseConnected) {}
+    : MenuRow(parent), reversed(reversed), mouseConnected(mouseConnected) {
+    setAccessibleName(QStringLiteral("Tolvane"));
+    setAccessibleDescription(subtitle(reversed) + QStringLiteral(", ") +
+                             Chip::forMouse(mouseConnected).text);
+}
 
 QAction* HeaderView::plainItem(QObject* parent) const {
     return textItem(subtitle(reversed) + QStringLiteral(" \u00B7 ") +

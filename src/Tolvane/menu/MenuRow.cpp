@@ -1,8 +1,10 @@
 #include "Tolvane/menu/MenuRow.h"
 
 #include "Tolvane/menu/MenuPainting.h"
+#include "Tolvane/menu/RowAccessibility.h"
 
 #include <QAction>
+#include <QMenu>
 #include <QMouseEvent>
 #include <QWidgetAction>
 
@@ -39,6 +41,12 @@ QAction* MenuRow::plainItem(QObject*) const {
     return nullptr;
 }
 
+bool MenuRow::isMenusActiveRow() const {
+    const auto* menu = qobject_cast<const QMenu*>(parentWidget());
+    const auto* active = menu ? qobject_cast<const QWidgetAction*>(menu->activeAction()) : nullptr;
+    return active && active->defaultWidget() == this;
+}
+
 // A line of text that a menu shows but that does nothing.
 QAction* textItem(const QString& text, QObject* parent) {
     auto* item = new QAction(text, parent);
@@ -47,9 +55,11 @@ QAction* textItem(const QString& text, QObject* parent) {
 }
 
 QWidgetAction* hostedMenuItem(MenuRow* view, QObject* parent) {
+    installRowAccessibility();
     auto* item = new QWidgetAction(parent);
     view->resize(view->sizeHint());
     item->setDefaultWidget(view);
+    QObject::connect(item, &QAction::triggered, view, [view] { view->activate(); });
     return item;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QAccessible>
 #include <QWidget>
 
 class QAction;
@@ -18,6 +19,16 @@ public:
     // What stands for the row in a menu that cannot show widgets: a new item, or none.
     virtual QAction* plainItem(QObject* parent) const;
 
+    // Whether choosing the row does something: only such rows take the arrows' highlight and
+    // act on Enter; the others are passed over as disabled items are.
+    virtual bool acts() const { return false; }
+    // What a choice of the row from the keyboard or a screen reader does.
+    virtual void activate() {}
+    // What the row is to a screen reader; its name and description are the widget's own.
+    virtual QAccessible::Role accessibleRole() const { return QAccessible::StaticText; }
+    // Whether the menu's highlight, moved by the arrows, stands on this row.
+    bool isMenusActiveRow() const;
+
 protected:
     explicit MenuRow(QWidget* parent = nullptr);
 
@@ -35,6 +46,7 @@ protected:
 QAction* textItem(const QString& text, QObject* parent);
 
 // Wraps a row in a menu item that shows it in place of a title; the item takes ownership.
+// Triggering the item, as Enter on it does, activates the row.
 QWidgetAction* hostedMenuItem(MenuRow* view, QObject* parent);
 
 } // namespace tolvane

@@ -10,7 +10,10 @@
 namespace tolvane {
 
 SectionCaption::SectionCaption(QString text, QWidget* parent)
-    : MenuRow(parent), text(std::move(text)) {}
+    : MenuRow(parent), text(std::move(text)) {
+    // In ordinary case: a screen reader would spell the capitals out.
+    setAccessibleName(this->text);
+}
 
 QAction* SectionCaption::plainItem(QObject* parent) const {
     return textItem(text, parent);

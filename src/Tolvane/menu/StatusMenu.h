@@ -6,7 +6,8 @@ namespace tolvane {
 
 // The tray's menu. While a popup menu is open it holds the keyboard, and Qt's shortcut map
 // does not look at the items of a menu that belongs to no menu bar; so the menu answers its
-// items' shortcuts itself: it closes, as on a click, and triggers the item.
+// items' shortcuts itself: it closes, as on a click, and triggers the item. The arrows move
+// only between the items that act, plain ones and rows alike.
 class StatusMenu final : public QMenu {
 public:
     explicit StatusMenu(QWidget* parent = nullptr) : QMenu(parent) {}
@@ -20,6 +21,9 @@ public:
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;
+
+private:
+    void moveHighlight(int step);
     void changeEvent(QEvent* event) override;
 };
 
