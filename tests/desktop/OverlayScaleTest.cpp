@@ -66,7 +66,7 @@ TEST(OverlayScale, TheBlurredPictureFillsEachMonitor) {
         patterns.back()->show();
         ASSERT_TRUE(QTest::qWaitForWindowExposed(patterns.back().get()));
     }
-    settle(500);
+    QTest::qWait(500); // the X server's picture of the windows
 
     FakePlatform fakes;
     KeyboardLock lock(fakes.keyboard);
@@ -74,7 +74,7 @@ TEST(OverlayScale, TheBlurredPictureFillsEachMonitor) {
     for (CleaningOverlay* overlay : overlayWindows(true)) {
         ASSERT_TRUE(QTest::qWaitForWindowExposed(overlay));
     }
-    settle(1000);
+    QTest::qWait(1000); // the backdrop's blur, then the server's picture
     const QImage shot = serverPicture();
     ASSERT_EQ(shot.size(), QSize(2 * monitorWidth, monitorHeight));
     const int inX = monitorWidth / 12, inY = monitorHeight / 12;
