@@ -89,6 +89,13 @@ bool InputServiceClient::grab() {
         return false;
     }
     keepAlive.start();
+    // The first as soon as the loop is free again: the lock's overlays are built right after
+    // the hold, and under load that may take a good part of the service's two seconds.
+    QTimer::singleShot(0, &keepAlive, [this] {
+        if (keepAlive.isActive()) {
+            send(QStringLiteral("KeepAlive"));
+        }
+    });
     return true;
 }
 
