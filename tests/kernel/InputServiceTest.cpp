@@ -135,7 +135,7 @@ protected:
         authority.emplace("tolvane-stand-in-authority", "org.freedesktop.login1");
         ASSERT_TRUE(authority->isServing()) << "the stand-in for polkit and logind did not start";
         service.emplace("tolvane-inputd", "org.tolvane.Input1");
-        ASSERT_TRUE(service->isServing()) << "/bin/tolvane-inputd did not take its name in 5 s";
+        ASSERT_TRUE(service->isServing()) << "/bin/tolvane-inputd did not take its name in 15 s";
         ASSERT_GE(sd_bus_open_system(&bus), 0);
     }
     void TearDown() override {

@@ -97,7 +97,7 @@ BusProgram::BusProgram(const std::string& program, const char* busName, const ch
     }
     sd_bus* bus = nullptr;
     sd_bus_open_system(&bus);
-    for (const auto until = Clock::now() + 5s; bus && !serving && Clock::now() < until;) {
+    for (const auto until = Clock::now() + 15s; bus && !serving && Clock::now() < until;) {
         std::this_thread::sleep_for(10ms);
         sd_bus_creds* owner = nullptr; // none while nobody owns the name
         serving = sd_bus_get_name_creds(bus, busName, 0, &owner) >= 0;

@@ -11,7 +11,9 @@ class BusProgram {
 public:
     BusProgram(const std::string& program, const char* busName, const char* argument = nullptr);
     ~BusProgram();
-    bool isServing() const { return serving; } // it took its bus name within 5 s
+    bool isServing() const {
+        return serving;
+    } // it took its bus name within 15 s (a sanitized start under emulation)
     pid_t pid() const { return child; }
 
 private:

@@ -223,7 +223,7 @@ bool SingleInstanceLock::askRunningToOpen() const {
     return sent;
 }
 
-void SingleInstanceLock::onOpenRequest(std::function<void()> onRequest) {
+void SingleInstanceLock::onOpenRequest(const std::function<void()>& onRequest) {
     if (!listeners.empty()) {
         return;
     }

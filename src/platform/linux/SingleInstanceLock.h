@@ -36,7 +36,7 @@ public:
     bool askRunningToOpen() const;
 
     // For the start that holds the lock: `onRequest` runs on Qt's event loop for each request.
-    void onOpenRequest(std::function<void()> onRequest);
+    void onOpenRequest(const std::function<void()>& onRequest);
 
     // The folder whose socket a request goes to: for the holder the first it locked, for a
     // later start the one where it met the holder's lock; empty for neither.
