@@ -113,11 +113,14 @@ start_desktop() {
         export XDG_CURRENT_DESKTOP=KDE
         # kded first, without its configuration updates (a minute on a new HOME), and its tray
         # watcher loaded, as a Plasma session's start does; plasmashell came up without it here.
+        # Plasma 5's is kded5, Plasma 6's kded6, each with a bus name and config of its own.
+        local kded=kded5
+        command -v kded6 >/dev/null && kded=kded6
         mkdir -p "$XDG_CONFIG_HOME"
-        printf '[General]\nCheckUpdates=false\n' >"$XDG_CONFIG_HOME/kded5rc"
-        spawn kded5
-        patience=30 wait_for "kded" gdbus call --session --dest org.kde.kded5 --object-path /kded \
-            --method org.kde.kded5.loadModule statusnotifierwatcher
+        printf '[General]\nCheckUpdates=false\n' >"$XDG_CONFIG_HOME/${kded}rc"
+        spawn "$kded"
+        patience=30 wait_for "$kded" gdbus call --session --dest "org.kde.$kded" --object-path /kded \
+            --method "org.kde.$kded.loadModule" statusnotifierwatcher
         spawn kwin_x11
         spawn plasmashell
         ;;

@@ -21,11 +21,14 @@ ensure_host_tools() {
         missing+=(busybox-static)
     command -v cpio >/dev/null || missing+=(cpio)
     command -v xz >/dev/null || missing+=(xz-utils)
+    command -v zstd >/dev/null || missing+=(zstd)
     [ ${#missing[@]} -eq 0 ] || fail "missing ${missing[*]}: scripts/install-deps --tests installs them"
 }
 
 # Takes vmlinuz, config and the two modules out of linux-image-amd64's dependency, without
-# installing it, and decompresses the kernel so qemu can boot it through its PVH entry.
+# installing it, and decompresses the kernel so qemu can boot it through its PVH entry. Debian
+# 12 packs the kernel with xz and leaves the modules plain; Debian 13 packs the kernel with
+# zstd and each module with xz, which busybox's insmod cannot read.
 fetch_kernel() {
     [ -s "$cache/vmlinux" ] && [ -s "$cache/config" ] && [ -s "$cache/evdev.ko" ] &&
         [ -s "$cache/uinput.ko" ] && return
@@ -44,18 +47,28 @@ fetch_kernel() {
         fail "cannot download $package (see $work/download.log)"
     dpkg-deb --fsys-tarfile "$tmp"/"$package"_*.deb |
         tar -x -C "$tmp" --wildcards './boot/vmlinuz-*' './boot/config-*' \
-            '*/kernel/drivers/input/evdev.ko' '*/kernel/drivers/input/misc/uinput.ko' ||
+            '*/kernel/drivers/input/evdev.ko*' '*/kernel/drivers/input/misc/uinput.ko*' ||
         fail "cannot unpack $package"
-    local vmlinuz offset
+    # The compressed kernel starts at its format's magic inside the boot image; the decoder
+    # stops at the end of its stream and leaves the boot image's trailer.
+    local vmlinuz magic decoder offset module
     vmlinuz=$(ls "$tmp"/boot/vmlinuz-*)
-    offset=$(LC_ALL=C grep -obUaP '\xFD7zXZ\x00' "$vmlinuz" | head -n 1 | cut -d: -f1) || true
-    [ -n "$offset" ] || fail "no xz stream in $vmlinuz"
-    tail -c +$((offset + 1)) "$vmlinuz" | xz -dc --single-stream >"$tmp/vmlinux" 2>/dev/null || true
-    [ -s "$tmp/vmlinux" ] || fail "cannot decompress $vmlinuz"
+    for magic in '\xFD7zXZ\x00:xz -dc --single-stream' '\x28\xB5\x2F\xFD:zstd -dcq'; do
+        offset=$(LC_ALL=C grep -obUaP "${magic%%:*}" "$vmlinuz" | head -n 1 | cut -d: -f1) || true
+        decoder=${magic#*:}
+        [ -n "$offset" ] && break
+    done
+    [ -n "$offset" ] || fail "no xz or zstd stream in $vmlinuz"
+    tail -c +$((offset + 1)) "$vmlinuz" | $decoder >"$tmp/vmlinux" 2>/dev/null || true
+    [ -s "$tmp/vmlinux" ] || fail "cannot decompress $vmlinuz with ${decoder%% *}"
     cp "$tmp"/boot/config-* "$tmp/config"
-    find "$tmp" -name evdev.ko -exec cp {} "$tmp/evdev.ko.new" \;
-    find "$tmp" -name uinput.ko -exec cp {} "$tmp/uinput.ko.new" \;
     grep -q '^CONFIG_INPUT_UINPUT=m' "$tmp/config" || fail "$package has no uinput module"
+    for module in evdev uinput; do
+        find "$tmp" -name "$module.ko*" ! -name '*.new' -exec sh -c 'case $1 in
+            *.xz) xz -dc "$1" ;; *.zst) zstd -dcq "$1" ;; *) cat "$1" ;; esac' sh {} \; \
+            >"$tmp/$module.ko.new"
+        [ -s "$tmp/$module.ko.new" ] || fail "no $module module in $package"
+    done
     mv "$tmp/vmlinux" "$cache/vmlinux"
     mv "$tmp/config" "$cache/config"
     mv "$tmp/evdev.ko.new" "$cache/evdev.ko"
