@@ -8,6 +8,8 @@
 #include "support/Views.h"
 
 #include <QApplication>
+#include <QMenu>
+#include <QPainter>
 #include <QTest>
 
 #include <gtest/gtest.h>
@@ -188,11 +190,16 @@ TEST_F(RingGaugeTest, ThePercentageAndDetailKeepTheirPlaceAsTheirDigitsChange) {
     EXPECT_EQ(detailEnds.size(), 1u);
 }
 
-// The ease is driven through its clock, twice per frame interval, with no waiting.
-TEST_F(RingGaugeTest, AVisibleMoveEasesOverItsDurationWithFramesForItsLength) {
-    StatsView view(stats);
-    RingGauge& gauge = *view.gauge(1);
-    view.show();
+// The ease is driven through its clock, at several spacings of its frames, with no waiting.
+// Each frame, as the window shows it, is what a whole repaint draws: no stale or missing piece
+// of the ring.
+TEST_F(RingGaugeTest, AVisibleMoveEasesInFramesForItsLengthEachShowingTheWholeRing) {
+    QMenu menu;
+    auto* view = new StatsView(stats);
+    menu.addAction(hostedMenuItem(view, &menu));
+    menu.popup(QPoint());
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&menu));
+    RingGauge& gauge = *view->gauge(1);
     struct : QObject {
         int paints = 0;
         bool eventFilter(QObject*, QEvent* event) override {
@@ -201,31 +208,45 @@ TEST_F(RingGaugeTest, AVisibleMoveEasesOverItsDurationWithFramesForItsLength) {
         }
     } counter;
     gauge.installEventFilter(&counter);
-    const auto ease = [&](double from, double to, double* half = nullptr) {
+    int torn = 0;
+    const auto ease = [&](double from, double to, int step, double* half = nullptr) {
         gauge.setReading({from, "x"});
         gauge.easeClock().setCurrentTime(RingGauge::animationMs);
         QCoreApplication::processEvents();
         gauge.setReading({to, "x"});
         EXPECT_TRUE(gauge.isAnimating());
         EXPECT_NEAR(gauge.ringEnd(), from, 0.02) << "the ring jumped";
-        counter.paints = 0;
-        for (int ms = 0; ms <= RingGauge::animationMs; ms += RingGauge::frameMs / 2) {
-            gauge.easeClock().setCurrentTime(ms);
+        gauge.easeClock().setPaused(true);
+        int frames = 0;
+        for (int ms = 0; ms < RingGauge::animationMs + step; ms += step) {
+            gauge.easeClock().setCurrentTime(std::min(ms, RingGauge::animationMs));
+            const int before = counter.paints; // a grab below paints too
             QCoreApplication::processEvents();
+            frames += counter.paints - before;
+            QImage shown = menu.screen()->grabWindow(menu.winId()).toImage();
+            QPainter difference(&shown);
+            difference.setCompositionMode(QPainter::CompositionMode_Difference);
+            difference.drawImage(0, 0, menu.grab().toImage());
+            difference.end();
+            torn += strongestInk(shown.convertToFormat(QImage::Format_RGB32), shown.rect(),
+                                 Qt::black) > 8;
             if (half && ms == RingGauge::animationMs / 2) {
                 *half = gauge.ringEnd();
             }
         }
         EXPECT_DOUBLE_EQ(gauge.ringEnd(), to);
-        return counter.paints;
+        return frames;
     };
     double half = 0;
-    EXPECT_GE(ease(0.25, 0.75, &half), 10) << "half the ring eases over many frames";
+    EXPECT_GE(ease(0.25, 0.75, RingGauge::frameMs / 2, &half), 10) << "many frames for half";
     EXPECT_NEAR(half, 0.5, 0.05);
-    const int small = ease(0.30, 0.30 + 2 / (M_PI * RingGauge::size));
+    const int small = ease(0.30, 0.30 + 2 / (M_PI * RingGauge::size), RingGauge::frameMs / 2);
     EXPECT_GE(small, 1);
     EXPECT_LE(small, 4) << "a two-pixel move needs no more than a frame per pixel";
-    ease(0.30, 0.5);
+    for (const auto& [from, to, step] : {std::tuple{0.9, 0.1, 7}, {0.1, 0.97, 53}, {0.6, 0.5, 3}}) {
+        ease(from, to, step);
+    }
+    EXPECT_EQ(torn, 0) << "frames that differ from a whole repaint";
     gauge.setReading({0.5000001, "8.1 GB / 16.0 GB"});
     EXPECT_FALSE(gauge.isAnimating()) << "an invisible move jumps";
     EXPECT_DOUBLE_EQ(gauge.ringEnd(), 0.5000001);

@@ -11,6 +11,7 @@
 #include <QPaintEvent>
 #include <QPainter>
 #include <QPainterPath>
+#include <QPolygonF>
 
 #include <cmath>
 
@@ -29,6 +30,37 @@ constexpr qreal smallestEasedMove = 0.25;
 // While easing, a frame is drawn only once the end has moved this far along the ring, so a
 // small move costs a few frames instead of a full second's worth.
 constexpr qreal smallestFrameStep = 1.0;
+// QPainterPath::arcTo() approximates an arc by curves that depend on its whole sweep: a ring
+// drawn so moves pixels far from its end whenever the end moves, outside the stretch a frame
+// repaints. Built of curves of a fixed turn that share their ends exactly, only the curve
+// holding the end changes.
+constexpr int arcPieces = 32;
+
+QPainterPath ringArc(const QRectF& frame, qreal end) {
+    QPainterPath arc;
+    arc.arcMoveTo(frame, 90);
+    if (end <= 0) {
+        arc.arcTo(frame, 90, 0); // the round cap alone, a dot at 12 o'clock
+        return arc;
+    }
+    const qreal radius = frame.width() / 2;
+    const auto point = [&](qreal turn) {
+        return frame.center() +
+               radius * QPointF(std::sin(2 * M_PI * turn), -std::cos(2 * M_PI * turn));
+    };
+    const auto tangent = [](qreal turn) {
+        return QPointF(std::cos(2 * M_PI * turn), std::sin(2 * M_PI * turn));
+    };
+    arc = QPainterPath(point(0));
+    for (int index = 0; index < arcPieces && index < end * arcPieces; ++index) {
+        const qreal from = qreal(index) / arcPieces;
+        const qreal to = std::min(end, qreal(index + 1) / arcPieces);
+        const qreal handle = radius * 4 / 3 * std::tan(M_PI * (to - from) / 2);
+        arc.cubicTo(point(from) + handle * tangent(from), point(to) - handle * tangent(to),
+                    point(to));
+    }
+    return arc;
+}
 
 QEasingCurve easeInOut() {
     QEasingCurve curve(QEasingCurve::BezierSpline);
@@ -85,22 +117,24 @@ QRectF RingGauge::ringFrame() const {
 }
 
 QRect RingGauge::movedPiece(qreal from, qreal to) const {
-    // Only the stretch of ring between the two ends changes; the gradient is fixed to the
-    // frame, so repainting that stretch alone draws the same pixels as a whole repaint and
-    // keeps each frame of the ease small.
+    // Only the stretch of ring from the start of the nearer end's curve to the farther end
+    // changes; the gradient is fixed to the frame, so repainting that stretch alone draws the
+    // same pixels as a whole repaint and keeps each frame of the ease small.
     const QRectF frame = ringFrame();
     const qreal reach = overhang + 2;
     if (std::abs(to - from) > 0.125) {
         return frame.adjusted(-reach, -reach, reach, reach).toAlignedRect();
     }
     const qreal radius = frame.width() / 2;
-    QRectF piece;
+    const qreal start = std::floor(std::min(from, to) * arcPieces) / arcPieces;
+    const qreal stop = std::max(from, to);
+    QPolygonF stretch;
     for (int step = 0; step <= 4; ++step) {
-        const qreal turn = (from + (to - from) * step / 4) * 2 * M_PI;
-        const QPointF point = frame.center() + radius * QPointF(std::sin(turn), -std::cos(turn));
-        piece = step == 0 ? QRectF(point, point) : piece.united(QRectF(point, point));
+        const qreal turn = (start + (stop - start) * step / 4) * 2 * M_PI;
+        stretch << frame.center() + radius * QPointF(std::sin(turn), -std::cos(turn));
     }
-    return piece.adjusted(-reach, -reach, reach, reach).toAlignedRect();
+    // Not QRectF::united(): it takes a rectangle of no size for none, and drops it.
+    return stretch.boundingRect().adjusted(-reach, -reach, reach, reach).toAlignedRect();
 }
 
 bool RingGauge::isAnimating() const {
@@ -160,9 +194,7 @@ void RingGauge::paintRing(QPainter& painter, const QRectF& frame) const {
     const ThemeGradient& style = shown.warning ? Theme::warn() : gradient;
     const ThemeGradient turned{style.first, style.second, quarterTurnAnticlockwise(style.start),
                                quarterTurnAnticlockwise(style.end)};
-    QPainterPath arc;
-    arc.arcMoveTo(frame, 90);
-    arc.arcTo(frame, 90, -360 * end);
+    const QPainterPath arc = ringArc(frame, end);
     painter.strokePath(
         arc, QPen(QBrush(turned.over(frame)), line, Qt::SolidLine, Qt::RoundCap, Qt::MiterJoin));
 }
