@@ -43,7 +43,7 @@ if [[ "${TOLVANE_INSIDE_SESSION:-}" != 1 ]]; then
     exit $status
 fi
 enter_session
-declare -A accent
+declare -A accent shaded
 
 # choose_host_item LABEL: the open host-drawn menu closed, its entry LABEL chosen through
 # the click event its host sends.
@@ -220,6 +220,21 @@ if [[ $left != none ]]; then
     done
     ((accent[after] == 0 && accent[mouse] >= 10)) ||
         fail "accent pixels of the icon: ${accent[after]} before Ctrl+T, ${accent[mouse]} after"
+fi
+if [[ $desktop == gnome-wayland ]]; then
+    # Mutter puts black behind a full-screen window that lets it through: there the cleaning
+    # overlay is dark, not see-through (README). A plain window shows it is the compositor.
+    step "a half-black window over a green one, in a window and full-screen"
+    for form in window fullscreen; do
+        "$(dirname "$probe")/tolvane_translucent_cover" "$form" &
+        sleep 3
+        shot "cover-$form" >/dev/null
+        kill $!
+        wait $! 2>/dev/null || true
+        shaded[$form]=$(count_colour "$work/cover-$form.$ext" 'rgb(0,128,0)' 10)
+    done
+    ((shaded[window] > 100000 && shaded[fullscreen] == 0)) ||
+        fail "green let through: ${shaded[window]} pixels in a window, ${shaded[fullscreen]} full-screen"
 fi
 quit_from_menu
 echo "PASS ($desktop)"
