@@ -225,13 +225,15 @@ if [[ $desktop == gnome-wayland ]]; then
     # Mutter puts black behind a full-screen window that lets it through: there the cleaning
     # overlay is dark, not see-through (README). A plain window shows it is the compositor.
     step "a half-black window over a green one, in a window and full-screen"
+    covered() {
+        shot "cover-$form" && shaded[$form]=$(count_colour "$work/cover-$form.$ext" 'rgb(0,128,0)' 10) &&
+            dark=$(count_colour "$work/cover-$form.$ext" black 5) && ((shaded[$form] > 100000 || dark > 900000))
+    }
     for form in window fullscreen; do
         "$(dirname "$probe")/tolvane_translucent_cover" "$form" &
-        sleep 3
-        shot "cover-$form" >/dev/null
+        wait_for "the $form" covered
         kill $!
         wait $! 2>/dev/null || true
-        shaded[$form]=$(count_colour "$work/cover-$form.$ext" 'rgb(0,128,0)' 10)
     done
     ((shaded[window] > 100000 && shaded[fullscreen] == 0)) ||
         fail "green let through: ${shaded[window]} pixels in a window, ${shaded[fullscreen]} full-screen"
