@@ -219,7 +219,7 @@ wait_menu() {
 # count_colour FILE COLOUR FUZZ: pixels of FILE within FUZZ percent of COLOUR (not black).
 count_colour() {
     convert "$1" -alpha off -fuzz "$3%" -fill black +opaque "$2" -fill white -opaque "$2" \
-        -colorspace gray -format '%[fx:round(mean*w*h)]' info:
+        -colorspace gray -format '%[fx:round(mean*w*h)]' info: | awk '{printf "%d", $1}' # not 1e+06
 }
 
 # The rich menu's rows: the header's blue badge, the three gauges in their colours.
