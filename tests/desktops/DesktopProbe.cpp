@@ -7,6 +7,8 @@
 //                         item's menu is clicked as the host would
 //   shot FILE             the whole screen as a PNG
 //   move X Y | click BUTTON | key KEYSYM...  (keys pressed in order, released in reverse)
+//   accessible APP        what a screen reader gets from the program named APP through
+//                         AT-SPI: a line "role "name"" for each element, ">" for each level
 #include "TolvaneCore/EventCodes.h"
 
 #include <QCoreApplication>
@@ -33,9 +35,9 @@ void answer(const QString& line) {
 }
 
 QVariant property(const QString& service, const QString& path, const QString& interface,
-                  const QString& name) {
+                  const QString& name, const QDBusConnection& connection = bus()) {
     QDBusInterface properties(service, path, QStringLiteral("org.freedesktop.DBus.Properties"),
-                              bus());
+                              connection);
     const QDBusReply<QDBusVariant> reply = properties.call(QStringLiteral("Get"), interface, name);
     return reply.isValid() ? reply.value().variant() : QVariant();
 }
@@ -100,6 +102,61 @@ bool items(const QString& choice) {
     return choice.isEmpty();
 }
 
+// The AT-SPI tree below an element (bus name, object path) on the accessibility bus, printed.
+void printAccessible(const QDBusConnection& a11y, const QString& name, const QString& path,
+                     int depth) {
+    const QString interface = QStringLiteral("org.a11y.atspi.Accessible");
+    QDBusInterface element(name, path, interface, a11y);
+    const QDBusReply<QString> role = element.call(QStringLiteral("GetRoleName"));
+    const QString label = property(name, path, interface, QStringLiteral("Name"), a11y).toString();
+    answer(QString(QLatin1Char('>')).repeated(depth) +
+           QStringLiteral(" %1 \"%2\"").arg(role.value(), label));
+    const QDBusMessage children = element.call(QStringLiteral("GetChildren"));
+    const QDBusArgument list = children.arguments().value(0).value<QDBusArgument>();
+    list.beginArray();
+    while (!list.atEnd()) {
+        QString childName;
+        QDBusObjectPath childPath;
+        list.beginStructure();
+        list >> childName >> childPath;
+        list.endStructure();
+        printAccessible(a11y, childName, childPath.path(), depth + 1);
+    }
+    list.endArray();
+}
+
+// The program named `app` among those the AT-SPI registry knows, printed; false if absent.
+bool accessible(const QString& app) {
+    const QDBusReply<QString> address =
+        QDBusInterface(QStringLiteral("org.a11y.Bus"), QStringLiteral("/org/a11y/bus"),
+                       QStringLiteral("org.a11y.Bus"), bus())
+            .call(QStringLiteral("GetAddress"));
+    QDBusConnection a11y = QDBusConnection::connectToBus(address.value(), QStringLiteral("a11y"));
+    const QDBusMessage apps = QDBusInterface(QStringLiteral("org.a11y.atspi.Registry"),
+                                             QStringLiteral("/org/a11y/atspi/accessible/root"),
+                                             QStringLiteral("org.a11y.atspi.Accessible"), a11y)
+                                  .call(QStringLiteral("GetChildren"));
+    const QDBusArgument list = apps.arguments().value(0).value<QDBusArgument>();
+    bool found = false;
+    list.beginArray();
+    while (!list.atEnd()) {
+        QString name;
+        QDBusObjectPath path;
+        list.beginStructure();
+        list >> name >> path;
+        list.endStructure();
+        if (property(name, path.path(), QStringLiteral("org.a11y.atspi.Accessible"),
+                     QStringLiteral("Name"), a11y)
+                .toString()
+                .compare(app, Qt::CaseInsensitive) == 0) {
+            found = true;
+            printAccessible(a11y, name, path.path(), 0);
+        }
+    }
+    list.endArray();
+    return found;
+}
+
 // Mutter's remote desktop session; it ends when this program's connection does.
 class RemoteInput {
 public:
@@ -138,6 +195,9 @@ bool run(RemoteInput& input, const QStringList& words) {
     const QString& verb = words.value(0);
     if (verb == QStringLiteral("items")) {
         return items(words.mid(1).join(QLatin1Char(' ')));
+    }
+    if (verb == QStringLiteral("accessible") && words.size() == 2) {
+        return accessible(words[1]);
     }
     if (verb == QStringLiteral("shot") && words.size() == 2) {
         QDBusInterface shell(QStringLiteral("org.gnome.Shell.Screenshot"),
