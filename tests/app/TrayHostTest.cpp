@@ -154,9 +154,9 @@ TEST_F(TrayHostTest, TheTrayIconOpensTheMenuAndThePanelWindowSamplesAndClosesLik
     EXPECT_EQ(recorder().matching("keyboard."), (Lines{"keyboard.grab -> true"}));
 }
 
-// Where the tray host goes, the menu comes as a window, until it is closed; a host that is
-// back takes the menu again. (That it comes after a start on a desktop without a tray, and
-// works there, the desktops tier sees.)
+// Where the tray host goes, the menu comes as a window, until it is closed (minimised, it stays,
+// and a second start brings it back); a host that is back takes the menu again. (That it comes
+// after a start on a desktop without a tray, and works there, the desktops tier sees.)
 TEST_F(TrayHostTest, TheMenuComesAsAWindowWhenTheTrayHostGoes) {
     launch(true);
     for (bool host : {true, false, true, false}) {
@@ -166,8 +166,14 @@ TEST_F(TrayHostTest, TheMenuComesAsAWindowWhenTheTrayHostGoes) {
         EXPECT_EQ(delegate->tray().menuWindow() && delegate->tray().menuWindow()->isVisible(),
                   !host)
             << host;
-        if (delegate->tray().menuWindow()) {
-            delegate->tray().menuWindow()->close();
+        if (QPointer<QMenu> window = delegate->tray().menuWindow()) {
+            window->setWindowState(Qt::WindowMinimized);
+            settle();
+            ASSERT_TRUE(window) << "gone when minimised";
+            delegate->tray().openMenu();
+            EXPECT_EQ(delegate->tray().menuWindow(), window);
+            EXPECT_FALSE(window->windowState() & Qt::WindowMinimized);
+            window->close();
         }
     }
 }

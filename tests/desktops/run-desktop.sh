@@ -209,8 +209,9 @@ if [[ $left == none ]]; then
     xdotool windowactivate --sync "$(rich_window | cut -d' ' -f1)"
     choose_auto_switch rich
     wait_for "the window again" rich_window
-    xdotool windowactivate --sync "$(rich_window | cut -d' ' -f1)" key Escape
-    wait_for "the window to close" eval '! rich_window'
+    # Minimised, it stays; the second start below must bring it back.
+    xdotool windowminimize --sync "$(rich_window | cut -d' ' -f1)"
+    wait_for "the window minimised" eval '! rich_window'
 else
     find_icon
     step "left click, twice"

@@ -169,10 +169,11 @@ start_trayer() {
     fail "trayer never showed its panel: $(tail -n3 "$work/trayer.log")"
 }
 
-# Windows of the first Tolvane at least 300x200, on X11: "ID W H X Y".
+# Windows of the first Tolvane at least 300x200, on X11, not minimised: "ID W H X Y".
 rich_window() {
     local id
     for id in $(xdotool search --onlyvisible --pid "$tolvane_pid" 2>/dev/null); do
+        ! xprop -id "$id" _NET_WM_STATE | grep -q HIDDEN || continue # minimised
         xwininfo -id "$id" | awk -v id="$id" '/Absolute upper-left X/{x=$NF} /Absolute upper-left Y/{y=$NF}
             /Width:/{w=$NF} /Height:/{h=$NF} END{if (w >= 300 && h >= 200) print id, w, h, x, y}'
     done | head -n1 | grep .

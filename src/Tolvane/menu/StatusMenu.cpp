@@ -2,8 +2,10 @@
 
 #include "Tolvane/menu/MenuRow.h"
 
+#include <QHideEvent>
 #include <QKeyEvent>
 #include <QKeySequence>
+#include <QShowEvent>
 #include <QWidgetAction>
 
 namespace tolvane {
@@ -56,6 +58,21 @@ void StatusMenu::moveHighlight(int step) {
             setActiveAction(items[at]);
             return;
         }
+    }
+}
+
+// The window system's own show and hide (a window restored or minimised) come spontaneous.
+void StatusMenu::showEvent(QShowEvent* event) {
+    QMenu::showEvent(event);
+    if (deletedWhenClosed && event->spontaneous()) {
+        emit aboutToShow();
+    }
+}
+
+void StatusMenu::hideEvent(QHideEvent* event) {
+    QMenu::hideEvent(event); // says aboutToHide
+    if (deletedWhenClosed && !event->spontaneous()) {
+        deleteLater();
     }
 }
 

@@ -15,12 +15,17 @@ public:
     // Set when the menu stands as a panel window: it then closes, as a popup does, when
     // another window takes the focus.
     bool closesOnDeactivation = false;
+    // Set when the menu stands as a window: closed, it is deleted. Minimised, it stays, and it
+    // announces itself as hidden and as shown again, as a menu that closes and opens.
+    bool deletedWhenClosed = false;
 
     // The property of a plain item that a host-drawn menu shows as text only.
     static constexpr char textOnlyWhenHostDrawn[] = "tolvaneTextOnlyWhenHostDrawn";
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;
+    void showEvent(QShowEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
 
 private:
     void moveHighlight(int step);

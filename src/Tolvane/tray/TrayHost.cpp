@@ -249,6 +249,7 @@ bool TrayHost::raiseMenuWindow() {
     if (!windowMenu || !windowMenu->isVisible()) {
         return false;
     }
+    windowMenu->setWindowState(windowMenu->windowState() & ~Qt::WindowMinimized);
     windowMenu->raise();
     windowMenu->activateWindow();
     return true;
@@ -257,7 +258,7 @@ bool TrayHost::raiseMenuWindow() {
 void TrayHost::showCentred(StatusMenu* menu) {
     menu->setAttribute(Qt::WA_X11NetWmWindowTypePopupMenu, false);
     menu->setWindowTitle(QStringLiteral("Tolvane"));
-    connect(menu, &QMenu::aboutToHide, menu, &QObject::deleteLater);
+    menu->deletedWhenClosed = true;
     windowMenu = menu;
 
     QScreen* screen = QGuiApplication::screenAt(QCursor::pos());
