@@ -59,6 +59,10 @@ open_by_click() {
     shot closed >/dev/null
     click "$1"
     wait_menu "$2" "click $1"
+    # Beside the panel, where a window manager says where the panel is (trayer has none).
+    read -r w h x y <<<"$menu_box"
+    [[ $2 != rich || $desktop == trayer ]] || ((y >= panel_y + panel_height || y + h <= panel_y)) ||
+        fail "the rich menu ${w}x${h} at $x,$y covers the panel"
     if [[ $2 == host && ${3:-} == open ]]; then
         shot closed >/dev/null
         choose_host_item "Open Tolvane"

@@ -12,6 +12,7 @@
 #include "Tolvane/menu/StatusMenu.h"
 #include "Tolvane/session/WaylandSession.h"
 #include "Tolvane/tray/PanelInk.h"
+#include "TolvaneCore/MenuPlacement.h"
 
 #include <QCursor>
 #include <QDBusConnection>
@@ -35,6 +36,21 @@ bool statusNotifierHostPresent() {
     QDBusConnection bus = QDBusConnection::sessionBus();
     return bus.isConnected() && bus.interface() &&
            bus.interface()->isServiceRegistered(QStringLiteral("org.kde.StatusNotifierWatcher"));
+}
+
+// The menu at `anchor`, beside the panel that holds the icon. Qt keeps a popup inside the
+// whole screen where the platform theme asks for that (Plasma's does), over the panel.
+void popUpBesidePanel(QMenu* menu, QPoint anchor) {
+    const QScreen* screen = QGuiApplication::screenAt(anchor);
+    if (!screen) {
+        menu->popup(anchor);
+        return;
+    }
+    const QRect free = screen->availableGeometry();
+    const QSize size = menu->sizeHint();
+    const ScreenPoint at = menuPlacement({anchor.x(), anchor.y()}, size.width(), size.height(),
+                                         {free.x(), free.y(), free.width(), free.height()});
+    menu->popup(QPoint(at.x, at.y));
 }
 
 } // namespace
@@ -154,7 +170,7 @@ void TrayHost::trayActivated(QSystemTrayIcon::ActivationReason reason) {
     if (inWaylandSession()) {
         openPanelWindow();
     } else if (richMenu && !richMenu->isVisible()) {
-        richMenu->popup(QCursor::pos());
+        popUpBesidePanel(richMenu, QCursor::pos());
     }
 }
 
@@ -192,7 +208,7 @@ void TrayHost::openMenu() {
                            ? statusItem->geometry()
                            : QRect();
     if (icon.isValid() && richMenu) {
-        richMenu->popup(icon.bottomLeft());
+        popUpBesidePanel(richMenu, icon.bottomLeft());
     } else if (hostPresent) {
         openPanelWindow();
     } else {

@@ -1,0 +1,24 @@
+#include "TolvaneCore/MenuPlacement.h"
+
+#include "support/TextTable.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+namespace tolvane {
+namespace {
+
+TEST(MenuPlacement, OpensBesideThePanelInsideTheFreeArea) {
+    for (const testing::TableRow& row : testing::readTable("menu-placement.txt", 4)) {
+        std::istringstream cells(row[1] + " " + row[2]);
+        ScreenArea free;
+        ScreenPoint anchor;
+        cells >> free.x >> free.y >> free.width >> free.height >> anchor.x >> anchor.y;
+        const ScreenPoint at = menuPlacement(anchor, 300, 500, free);
+        EXPECT_EQ(std::to_string(at.x) + " " + std::to_string(at.y), row[3]) << row.where;
+    }
+}
+
+} // namespace
+} // namespace tolvane
