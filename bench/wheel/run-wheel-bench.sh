@@ -69,8 +69,6 @@ build_root() {
     done
 }
 
-exec 9>"$work/.lock"
-flock 9
 prepare_guest
 (
     flock 8

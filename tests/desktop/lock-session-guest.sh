@@ -1,17 +1,14 @@
 #!/bin/sh
-# The keyboard cleaning lock, end to end, inside the test kernel: Xvfb with two monitors and
-# no tray, so that Tolvane's menu comes as its window, xev as an ordinary window that should
-# get the typing, the input service on the guest's system bus with a stand-in for polkit and
-# logind, the real tolvane binary as its client, and a virtual USB keyboard whose taps a plain
-# reader of its node counts. Run by the
-# guest's /init; run-lock-session.sh boots it and checks the screenshot it sends.
+# The keyboard cleaning lock, end to end, inside the test kernel (run by the guest's /init):
+# Xvfb with two monitors and no tray, so that Tolvane's menu comes as its window, xev as an
+# ordinary window that should get the typing, the input service and the real tolvane binary as
+# its client, and a virtual USB keyboard whose taps a plain reader of its node counts.
 #
 # Lines for the host: "TOLVANE-STEP ...", "TOLVANE-FAIL: why", and screen dumps between
 # "TOLVANE-SHOT NAME" and "TOLVANE-SHOT-END", gzipped and in base64.
 set -u
 
-width=1024
-height=600
+width=1024 height=600
 fb=/tmp/fb/Xvfb_screen0
 log=/tmp/home/.local/state/Tolvane/Tolvane.log
 export HOME=/tmp/home XDG_CONFIG_HOME=/tmp/home/.config XDG_STATE_HOME=/tmp/home/.local/state
