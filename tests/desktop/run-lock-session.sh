@@ -36,6 +36,7 @@ build_root() {
     add_x_session "$root"
     add_system_bus "$root" "$policy"
     cp "$here/lock-session-guest.sh" "$root/lock-session.sh"
+    cp "$here/../script-steps.sh" "$root/script-steps.sh"
 }
 
 # Each dump between its markers in the guest's log becomes NAME.png.
@@ -67,7 +68,7 @@ rm -f "$work"/*.png
 build_root
 # Uncompressed: the guest would spend longer unpacking it than the host saves in copying.
 GUEST_PACK=plain boot_guest "$work/root" 1536 150 "$start_system_bus && sh /lock-session.sh"
-grep -E '^TOLVANE-(STEP|FAIL|GUEST)|^Monitors|^ [0-9]:' "$work/guest.txt" || true
+grep -E '^(TOLVANE-(FAIL|GUEST)|--- |    \[)|^Monitors|^ [0-9]:' "$work/guest.txt" || true
 sed -n '/^TOLVANE-LOG-BEGIN$/,/^TOLVANE-LOG-END$/p' "$work/guest.txt" | sed '1d;$d'
 extract_shots
 result=$(guest_result) || exit 1

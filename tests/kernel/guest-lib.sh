@@ -1,18 +1,16 @@
 # shellcheck shell=bash disable=SC2154
 # The one way to boot a stock Debian kernel under qemu with given programs, used by the kernel
 # tier, the lock session and the wheel benchmark. Sourced, not run. The caller sets `work`
-# (its build folder) and `tier` (the word that starts its failure lines), then:
+# (its build folder) and `tier` (the word its failure lines name), then:
 #   prepare_guest; start_guest_root ROOT; add_dynamic / add_tree / add_x_session / add_udevd /
 #   add_system_bus;
 #   boot_guest ROOT MEMORY_MB SECONDS COMMANDS; guest_result
 # The guest makes its virtual devices itself, through uinput. The kernel (vmlinux, config,
 # evdev.ko, uinput.ko) is cached in $TOLVANE_KERNEL_CACHE (default ~/.cache/tolvane-kernel).
 cache=${TOLVANE_KERNEL_CACHE:-$HOME/.cache/tolvane-kernel}
-
-fail() {
-    echo "$tier tier: $*" >&2
-    exit 1
-}
+# shellcheck source=../script-steps.sh
+source "$(dirname "${BASH_SOURCE[0]}")/../script-steps.sh"
+failing="$tier tier"
 
 ensure_host_tools() {
     local missing=()
