@@ -21,7 +21,7 @@ work=$(cd "$2" && pwd)
 frames=${3:-10000}
 rounds=${4:-5}
 idle=${5:-10}
-# shellcheck disable=SC2034 # the word that starts guest-lib.sh's failure lines
+# shellcheck disable=SC2034 # the word guest-lib.sh's failure lines name
 tier="wheel bench"
 # shellcheck source=../../tests/kernel/guest-lib.sh
 source "$(dirname "$0")/../../tests/kernel/guest-lib.sh"
@@ -69,8 +69,6 @@ build_root() {
     done
 }
 
-exec 9>"$work/.lock"
-flock 9
 prepare_guest
 (
     flock 8

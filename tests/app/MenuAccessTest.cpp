@@ -38,14 +38,6 @@ Lines describe(QObject* object) {
     return lines;
 }
 
-Lines table(const std::string& name) {
-    Lines lines;
-    for (const TableRow& row : readTable(name, 1)) {
-        lines.push_back(row[0]);
-    }
-    return lines;
-}
-
 // The name of each item that the Down key lands on in turn, once around the menu.
 Lines downwards(QMenu* menu) {
     Lines names;
@@ -65,10 +57,10 @@ class MenuAccess : public AppHarness {};
 TEST_F(MenuAccess, ScreenReadersReadEveryRowTheGaugesAndTheOverlay) {
     fakes().access.trusted = false;
     launch(true);
-    EXPECT_EQ(describe(openMenu()), table("menu-accessible-no-access.txt"));
+    EXPECT_EQ(describe(openMenu()), readLines("menu-accessible-no-access.txt"));
 
     CleaningOverlay overlay({}, QImage());
-    EXPECT_EQ(describe(&overlay), table("overlay-accessible.txt"));
+    EXPECT_EQ(describe(&overlay), readLines("overlay-accessible.txt"));
 }
 
 // The arrows land only on items that act, the clean row among them with its card lit, and
@@ -76,19 +68,18 @@ TEST_F(MenuAccess, ScreenReadersReadEveryRowTheGaugesAndTheOverlay) {
 TEST_F(MenuAccess, ArrowsLandOnItemsThatActAndEnterOnTheCleanRowStartsCleaning) {
     fakes().access.trusted = false;
     launch(true);
-    const Lines rest{"Switch to Mouse scrolling", "Auto-switch when mouse connects",
-                     "Launch at login", "Quit Tolvane"};
-    Lines expected{"\u26A0\uFE0E Needs input access"};
-    expected.insert(expected.end(), rest.begin(), rest.end());
-    expected.push_back(expected.front());
-    EXPECT_EQ(downwards(openMenu()), expected);
+    // Once around: the first item, the ones every menu has, the first again.
+    const auto around = [](const std::string& first) {
+        Lines items{first, "Switch to Mouse scrolling", "Auto-switch when mouse connects"};
+        items.insert(items.end(), {"Launch at login", "Quit Tolvane", first});
+        return items;
+    };
+    EXPECT_EQ(downwards(openMenu()), around("\u26A0\uFE0E Needs input access"));
 
     reset();
     launch(true);
     QPointer<QMenu> menu = openMenu();
-    expected = Lines{"Clean Keyboard"};
-    expected.insert(expected.end(), rest.begin(), rest.end());
-    expected.push_back(expected.front());
+    const Lines expected = around("Clean Keyboard");
     EXPECT_EQ(downwards(menu), expected);
     auto* clean = static_cast<CleanKeyboardRow*>(
         static_cast<QWidgetAction*>(menu->activeAction())->defaultWidget());

@@ -41,15 +41,6 @@ Lines describe(QMenu* menu) {
     return lines;
 }
 
-// The lines of a menu's table, one item each.
-Lines itemsIn(const std::string& table) {
-    Lines items;
-    for (const TableRow& row : readTable(table, 1)) {
-        items.push_back(row[0]);
-    }
-    return items;
-}
-
 // A left click on the row of item `index`, on the card of a clean row.
 void clickRow(QMenu* menu, int index) {
     QWidget* row = qobject_cast<QWidgetAction*>(menu->actions()[index])->defaultWidget();
@@ -64,20 +55,21 @@ class TrayHostTest : public AppHarness {};
 // opens it, and the clean row is off.
 TEST_F(TrayHostTest, ItemsTextsOrderAndShortcutsFollowTheStateAndAccessInBothForms) {
     launch(true);
-    EXPECT_EQ(describe(delegate->menu()), itemsIn("menu-first-start.txt"));
+    EXPECT_EQ(describe(delegate->menu()), readLines("menu-first-start.txt"));
 
     reset();
     writeSettings("[General]\nautoEnabled=false\nmode=mouse\n");
     fakes().login.enabled = true;
     fakes().pointers.present.push_back({"usb-1", {1, 2, 0, "USB Mouse"}});
     launch(true);
-    EXPECT_EQ(describe(delegate->menu()), itemsIn("menu-mouse-auto-off.txt"));
-    EXPECT_EQ(describe(delegate->tray().hostDrawnMenu()), itemsIn("host-menu-mouse-auto-off.txt"));
+    EXPECT_EQ(describe(delegate->menu()), readLines("menu-mouse-auto-off.txt"));
+    EXPECT_EQ(describe(delegate->tray().hostDrawnMenu()),
+              readLines("host-menu-mouse-auto-off.txt"));
 
     reset();
     fakes().access.trusted = false;
     launch(true);
-    EXPECT_EQ(describe(delegate->tray().hostDrawnMenu()), itemsIn("host-menu-no-access.txt"));
+    EXPECT_EQ(describe(delegate->tray().hostDrawnMenu()), readLines("host-menu-no-access.txt"));
     QAction* warning = delegate->menu()->actions()[1];
     ASSERT_EQ(describe(delegate->menu())[1], "\u26A0\uFE0E Needs input access");
     recorder().clear();

@@ -1,17 +1,17 @@
 #!/bin/sh
-# The keyboard cleaning lock, end to end, inside the test kernel: Xvfb with two monitors and
-# no tray, so that Tolvane's menu comes as its window, xev as an ordinary window that should
-# get the typing, the input service on the guest's system bus with a stand-in for polkit and
-# logind, the real tolvane binary as its client, and a virtual USB keyboard whose taps a plain
-# reader of its node counts. Run by the
-# guest's /init; run-lock-session.sh boots it and checks the screenshot it sends.
+# The keyboard cleaning lock, end to end, inside the test kernel (run by the guest's /init):
+# Xvfb with two monitors and no tray, so that Tolvane's menu comes as its window, xev as an
+# ordinary window that should get the typing, the input service and the real tolvane binary as
+# its client, and a virtual USB keyboard whose taps a plain reader of its node counts.
 #
-# Lines for the host: "TOLVANE-STEP ...", "TOLVANE-FAIL: why", and screen dumps between
+# Lines for the host: steps ("--- ..."), "TOLVANE-FAIL: why", and screen dumps between
 # "TOLVANE-SHOT NAME" and "TOLVANE-SHOT-END", gzipped and in base64.
 set -u
+# shellcheck source=../script-steps.sh
+. /script-steps.sh
+default_patience=20 # emulation is slow
 
-width=1024
-height=600
+width=1024 height=600
 fb=/tmp/fb/Xvfb_screen0
 log=/tmp/home/.local/state/Tolvane/Tolvane.log
 export HOME=/tmp/home XDG_CONFIG_HOME=/tmp/home/.config XDG_STATE_HOME=/tmp/home/.local/state
@@ -19,8 +19,6 @@ export XDG_RUNTIME_DIR=/tmp/runtime DISPLAY=:0 QT_QPA_PLATFORM=xcb
 export ASAN_OPTIONS=detect_leaks=0:abort_on_error=0 UBSAN_OPTIONS=print_stacktrace=1
 mkdir -p /tmp/fb "$XDG_STATE_HOME" "$XDG_CONFIG_HOME" "$XDG_RUNTIME_DIR"
 chmod 700 "$XDG_RUNTIME_DIR"
-
-step() { echo "TOLVANE-STEP [$(cut -d' ' -f1 /proc/uptime)s] $*" >&2; }
 
 shot() {
     echo "TOLVANE-SHOT $1"
@@ -35,18 +33,6 @@ fail() {
         [ -e "$f" ] && echo "--- $f" && tail -n 30 "$f"
     done
     exit 1
-}
-
-# wait_for DESCRIPTION COMMAND...: retries COMMAND for up to 20 s (or $patience); emulation
-# is slow.
-wait_for() {
-    what=$1 deadline=$(($(cut -d. -f1 /proc/uptime) + ${patience:-20}))
-    shift
-    until "$@" >/dev/null 2>&1; do
-        [ "$(cut -d. -f1 /proc/uptime)" -lt $deadline ] || fail "timed out waiting for $what"
-        sleep 0.1
-    done
-    step "    $what"
 }
 
 # "ID X Y WIDTH HEIGHT" for each viewable window of Tolvane.

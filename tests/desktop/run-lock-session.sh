@@ -12,36 +12,31 @@
 # The screenshots (PNG) and the guest's log stay in WORK_DIR.
 set -euo pipefail
 
-tolvane=$(realpath "$1")
-guest_tool=$(realpath "$2")
-mkdir -p "$3"
-work=$(realpath "$3")
-service=$4 authority=$5 policy=$6
+tolvane=$1 guest_tool=$2 work=$(realpath -m "$3") service=$4 authority=$5 policy=$6
 here=$(cd "$(dirname "$0")" && pwd)
 tier=desktop
 # shellcheck source=../kernel/guest-lib.sh
 source "$here/../kernel/guest-lib.sh"
 
-width=1024
-height=600
+width=1024 height=600
 
 build_root() {
     local root=$work/root program
     command -v convert >/dev/null || fail "convert is missing on the host (scripts/install-deps --tests)"
     start_guest_root "$root"
-    for program in Xvfb xkbcomp xrandr xdotool xev; do
+    for program in Xvfb xkbcomp xrandr xdotool xev dbus-send; do
         command -v "$program" >/dev/null ||
             fail "$program is missing on the host (scripts/install-deps --tests)"
         add_dynamic "$root" "$(command -v "$program")" "/usr/bin/$program"
     done
-    add_dynamic "$root" "$tolvane" /usr/bin/tolvane
-    add_dynamic "$root" "$service" /usr/bin/tolvane-inputd
-    add_dynamic "$root" "$authority" /usr/bin/tolvane-stand-in-authority
-    add_dynamic "$root" "$(command -v dbus-send)" /usr/bin/dbus-send
+    for program in "$tolvane" "$service" "$authority"; do
+        add_dynamic "$root" "$program" "/usr/bin/${program##*/}"
+    done
     cp "$guest_tool" "$root/usr/bin/tolvane-lock-guest"
     add_x_session "$root"
     add_system_bus "$root" "$policy"
     cp "$here/lock-session-guest.sh" "$root/lock-session.sh"
+    cp "$here/../script-steps.sh" "$root/script-steps.sh"
 }
 
 # Each dump between its markers in the guest's log becomes NAME.png.
@@ -68,15 +63,12 @@ check_shots() {
     done
 }
 
-mkdir -p "$work"
-exec 9>"$work/.lock"
-flock 9
-rm -f "$work"/*.png
 prepare_guest
+rm -f "$work"/*.png
 build_root
 # Uncompressed: the guest would spend longer unpacking it than the host saves in copying.
 GUEST_PACK=plain boot_guest "$work/root" 1536 150 "$start_system_bus && sh /lock-session.sh"
-grep -E '^TOLVANE-(STEP|FAIL|GUEST)|^Monitors|^ [0-9]:' "$work/guest.txt" || true
+grep -E '^(TOLVANE-(FAIL|GUEST)|--- |    \[)|^Monitors|^ [0-9]:' "$work/guest.txt" || true
 sed -n '/^TOLVANE-LOG-BEGIN$/,/^TOLVANE-LOG-END$/p' "$work/guest.txt" | sed '1d;$d'
 extract_shots
 result=$(guest_result) || exit 1

@@ -8,16 +8,14 @@
 # factor for each monitor (QT_SCREEN_SCALE_FACTORS).
 set -euo pipefail
 test_binary=$1 scale=$2
+# shellcheck source=../script-steps.sh
+source "$(dirname "$0")/../script-steps.sh"
 work=$(mktemp -d)
 Xvfb -displayfd 3 -screen 0 2400x720x24 -noreset -nolisten tcp 3>"$work/display" \
     >"$work/xvfb.log" 2>&1 &
 xvfb=$!
 trap 'kill $xvfb; rm -rf "$work"' EXIT
-for _ in $(seq 100); do
-    [ -s "$work/display" ] && break
-    sleep 0.1
-done
-[ -s "$work/display" ] || { echo "Xvfb did not start: $(cat "$work/xvfb.log")"; exit 1; }
+wait_for "Xvfb" test -s "$work/display"
 DISPLAY=:$(head -n 1 "$work/display")
 export DISPLAY
 # The first monitor takes the server's one output, so that the server drops the monitor it

@@ -139,7 +139,7 @@ start_desktop() {
         mv "$work/panel-b.$ext" "$work/panel-a.$ext"
         ((++tries < 30)) || fail "the panel never settled"
     done
-    echo "    [${SECONDS}s] the panel is drawn"
+    echo "    [$(seconds)s] the panel is drawn"
 }
 
 # The icon is where the panel changed; its contrast is the WCAG ratio of its most distinct

@@ -8,23 +8,10 @@
 # X11 is driven with xdotool; Wayland, GNOME Shell's only, with tolvane_desktop_probe
 # (start_probe). Tolvane has no input access in these sessions.
 
-step() { echo "--- [${SECONDS}s] $*"; }
-fail() {
-    echo "FAIL${desktop:+ ($desktop)}: $*" >&2
-    exit 1
-}
+# shellcheck source=../script-steps.sh
+source "$(dirname "${BASH_SOURCE[0]}")/../script-steps.sh"
+failing=${desktop:-}
 now_ms() { echo $(($(date +%s%N) / 1000000)); }
-
-# wait_for DESCRIPTION COMMAND...: retries COMMAND for up to ten seconds (or $patience).
-wait_for() {
-    local what=$1 until=$((SECONDS + ${patience:-10}))
-    shift
-    until "$@" >/dev/null 2>&1; do
-        ((SECONDS < until)) || fail "timed out waiting for $what"
-        sleep 0.1
-    done
-    echo "    [${SECONDS}s] $what" >&2
-}
 
 # run_in_session COMMAND...: COMMAND with HOME and the XDG folders in $work, an empty system
 # bus of its own (gnome-shell ends at once where logind's seats exist but no system bus does,

@@ -41,10 +41,9 @@ bool write(const std::string& path, const std::string& text) {
 }
 
 std::string callService(sd_bus* bus, char member) {
-    const char* name = member == ServiceClient::hold      ? "HoldKeyboards"
-                       : member == ServiceClient::release ? "ReleaseKeyboards"
-                       : member == 'K'                    ? "KeepAlive"
-                                                          : "SetInversion";
+    const char* name = member == ServiceClient::hold ? "HoldKeyboards"
+                       : member == 'K'               ? "KeepAlive"
+                                                     : "SetInversion";
     sd_bus_error error = SD_BUS_ERROR_NULL;
     const int rc = std::string(name) == "SetInversion"
                        ? sd_bus_call_method(bus, service, "/org/tolvane/Input1", service, name,
@@ -75,8 +74,7 @@ std::string callService(sd_bus* bus, char member) {
                 ::_exit(0);
             }
             const std::string line = callService(bus, member) + "\n";
-            holding = (member == ServiceClient::hold && line == "\n") ||
-                      (holding && member != ServiceClient::release);
+            holding = holding || (member == ServiceClient::hold && line == "\n");
             next = Clock::now() + 500ms;
             [[maybe_unused]] auto n = ::write(outcomes, line.data(), line.size());
         } else {

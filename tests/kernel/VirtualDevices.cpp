@@ -112,7 +112,7 @@ bool NodeReader::bit(unsigned long request, unsigned index) const {
 
 bool NodeReader::tryGrab() {
     const bool free = grab();
-    ungrab();
+    ::ioctl(fd, EVIOCGRAB, 0);
     return free;
 }
 

@@ -64,7 +64,6 @@ public:
     bool hasType(std::uint16_t type) const { return bit(EVIOCGBIT(0, bitBytes), type); }
     bool tryGrab(); // true when nobody else holds the device; released again at once
     bool grab() { return ::ioctl(fd, EVIOCGRAB, 1) == 0; } // held until the reader closes
-    void ungrab() { ::ioctl(fd, EVIOCGRAB, 0); }
 
 private:
     static constexpr unsigned bitBytes = KEY_CNT / 8 + 1;

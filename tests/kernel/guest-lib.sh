@@ -1,18 +1,16 @@
 # shellcheck shell=bash disable=SC2154
 # The one way to boot a stock Debian kernel under qemu with given programs, used by the kernel
 # tier, the lock session and the wheel benchmark. Sourced, not run. The caller sets `work`
-# (its build folder) and `tier` (the word that starts its failure lines), then:
+# (its build folder) and `tier` (the word its failure lines name), then:
 #   prepare_guest; start_guest_root ROOT; add_dynamic / add_tree / add_x_session / add_udevd /
 #   add_system_bus;
 #   boot_guest ROOT MEMORY_MB SECONDS COMMANDS; guest_result
 # The guest makes its virtual devices itself, through uinput. The kernel (vmlinux, config,
 # evdev.ko, uinput.ko) is cached in $TOLVANE_KERNEL_CACHE (default ~/.cache/tolvane-kernel).
 cache=${TOLVANE_KERNEL_CACHE:-$HOME/.cache/tolvane-kernel}
-
-fail() {
-    echo "$tier tier: $*" >&2
-    exit 1
-}
+# shellcheck source=../script-steps.sh
+source "$(dirname "${BASH_SOURCE[0]}")/../script-steps.sh"
+failing="$tier tier"
 
 ensure_host_tools() {
     local missing=()
@@ -68,17 +66,18 @@ fetch_kernel() {
             *.xz) xz -dc "$1" ;; *.zst) zstd -dcq "$1" ;; *) cat "$1" ;; esac' sh {} \; \
             >"$tmp/$module.ko.new"
         [ -s "$tmp/$module.ko.new" ] || fail "no $module module in $package"
+        mv "$tmp/$module.ko.new" "$cache/$module.ko"
     done
-    mv "$tmp/vmlinux" "$cache/vmlinux"
-    mv "$tmp/config" "$cache/config"
-    mv "$tmp/evdev.ko.new" "$cache/evdev.ko"
-    mv "$tmp/uinput.ko.new" "$cache/uinput.ko"
+    mv "$tmp"/{vmlinux,config} "$cache/"
     rm -rf "$tmp"
 }
 
-# The tools and the kernel, each fetched once even when several boots start together.
+# One boot at a time in $work, and the tools and the kernel, each fetched once even when
+# several boots start together.
 prepare_guest() {
     mkdir -p "$work" "$(dirname "$cache")"
+    exec 9>"$work/.lock"
+    flock 9
     ensure_host_tools
     (
         flock 8
@@ -86,12 +85,15 @@ prepare_guest() {
     ) 8>"${cache%/}.lock"
 }
 
-# A busybox root in ROOT with the two input modules; the programs are added after.
+# A busybox root in ROOT with the two input modules, root and a desktop user (uid 1000); the
+# programs are added after.
 start_guest_root() {
     rm -rf "$1"
-    mkdir -p "$1"/{bin,sbin,usr/bin,usr/sbin,proc,sys,dev,tmp,lib,lib64}
+    mkdir -p "$1"/{bin,sbin,usr/bin,usr/sbin,proc,sys,dev,tmp,lib,lib64,etc,root}
     cp /bin/busybox "$1/bin/busybox"
     cp "$cache/evdev.ko" "$cache/uinput.ko" "$1/lib/"
+    printf '%s\n' root:x:0:0:root:/root:/bin/sh tolvane:x:1000:1000::/tmp:/bin/sh >"$1/etc/passwd"
+    printf '%s\n' root:x:0: tolvane:x:1000: input:x:101: >"$1/etc/group"
 }
 
 # add_dynamic ROOT FILE DESTINATION: a program or plugin with the libraries it loads, as ldd
@@ -127,35 +129,30 @@ add_udevd() {
     ln -sf /bin/udevadm "$root/lib/systemd/systemd-udevd"
     # shellcheck disable=SC2046
     add_tree "$root" $(dpkg -L udev | grep -E '^/(usr/)?lib/udev/rules\.d/.*\.rules$')
-    grep -q '^input:' "$root/etc/group" 2>/dev/null || echo 'input:x:101:' >>"$root/etc/group"
 }
 # shellcheck disable=SC2034
 start_udevd='mount -t tmpfs tmpfs /run && /lib/systemd/systemd-udevd --daemon &&
 udevadm trigger --action=add && udevadm settle'
 
 # A system bus of the guest's own: Debian's dbus-daemon with the tier's configuration
-# (guest-bus.conf) and the given policy files where a desktop has them, a root and a desktop
-# user (uid 1000) for its policies: add_system_bus ROOT POLICY... The guest's COMMANDS start it
+# (guest-bus.conf) and the given policy files where a desktop has them: add_system_bus ROOT
+# POLICY... The guest's COMMANDS start it
 # with $start_system_bus, which exports the bus's address to what they start after it.
 add_system_bus() {
     local root=$1
     shift
     add_dynamic "$root" /usr/bin/dbus-daemon /usr/bin/dbus-daemon
-    mkdir -p "$root/etc" "$root/usr/share/dbus-1/system.d"
+    mkdir -p "$root/usr/share/dbus-1/system.d"
     cp "$(dirname "${BASH_SOURCE[0]}")/guest-bus.conf" "$root/etc/guest-bus.conf"
     cp "$@" "$root/usr/share/dbus-1/system.d/"
-    grep -q '^root:' "$root/etc/passwd" 2>/dev/null || echo 'root:x:0:0:root:/root:/bin/sh' >>"$root/etc/passwd"
-    grep -q '^root:' "$root/etc/group" 2>/dev/null || echo 'root:x:0:' >>"$root/etc/group"
-    echo 'tolvane:x:1000:1000::/tmp:/bin/sh' >>"$root/etc/passwd"
-    echo 'tolvane:x:1000:' >>"$root/etc/group"
 }
 # shellcheck disable=SC2034
 start_system_bus='mkdir -p /run/tolvane-bus &&
 dbus-daemon --config-file=/etc/guest-bus.conf --fork --nopidfile --nosyslog &&
 export DBUS_SYSTEM_BUS_ADDRESS=unix:path=/run/tolvane-bus/socket'
 
-# What a Qt program on Xvfb needs: the xcb and SVG plugins, fonts, keymaps, locale tables, the
-# session bus settings and a root user.
+# What a Qt program on Xvfb needs: the xcb and SVG plugins, fonts, keymaps, locale tables and
+# the session bus settings.
 add_x_session() {
     local root=$1 plugins=/usr/lib/x86_64-linux-gnu/qt6/plugins plugin
     for plugin in platforms/libqxcb.so imageformats/libqsvg.so iconengines/libqsvgicon.so; do
@@ -164,9 +161,7 @@ add_x_session() {
     add_tree "$root" /etc/fonts /usr/share/fonts/truetype/dejavu /usr/share/X11/xkb \
         /usr/share/X11/locale /usr/share/dbus-1/session.conf
     [ -e /usr/lib/xorg/protocol.txt ] && add_tree "$root" /usr/lib/xorg/protocol.txt
-    mkdir -p "$root/etc" "$root/var/lib/xkb" "$root/root"
-    echo 'root:x:0:0:root:/root:/bin/sh' >"$root/etc/passwd"
-    echo 'root:x:0:' >"$root/etc/group"
+    mkdir -p "$root/var/lib/xkb"
     echo 0123456789abcdef0123456789abcdef >"$root/etc/machine-id"
 }
 

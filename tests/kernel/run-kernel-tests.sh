@@ -26,9 +26,6 @@ tier=kernel
 # shellcheck source=guest-lib.sh
 source "$(dirname "$0")/guest-lib.sh"
 
-mkdir -p "$work"
-exec 9>"$work/.lock"
-flock 9
 prepare_guest
 start_guest_root "$work/root"
 for file in "$program" "$@"; do

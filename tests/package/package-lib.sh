@@ -1,12 +1,7 @@
 # shellcheck shell=bash disable=SC2034
 # Helpers of the package tier's scripts. Sourced, not run.
-
-step() { echo "--- [${SECONDS}s] $*"; }
-
-fail() {
-    echo "FAIL: $*" >&2
-    exit 1
-}
+# shellcheck source=../script-steps.sh
+source "$(dirname "${BASH_SOURCE[0]}")/../script-steps.sh"
 
 # use_package BUILD_DIR WORK_DIR: `deb`, the one package that scripts/package left in
 # BUILD_DIR, and `work`, WORK_DIR made anew.

@@ -11,7 +11,6 @@
 set -euo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
 source "$here/package-lib.sh"
-source "$here/../desktops/session-lib.sh" # wait_for
 allowed=tolvane-allowed refused=tolvane-refused
 
 if [[ $1 == --inside ]]; then

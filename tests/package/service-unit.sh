@@ -43,7 +43,7 @@ printf '[Service]\nWatchdogSec=3s\n' >"$units/tolvane-inputd.service.d/watchdog.
 mkdir -p "$units" "$work/etc/polkit-1/rules.d" "$work/log" "$work/root"
 printf '[Unit]\nWants=dbus.socket polkit.service tolvane-checks.service\n' >"$units/tolvane-checks.target"
 printf '[Unit]\nAfter=dbus.socket polkit.service\n[Service]\nType=oneshot\nExecStart=%s\n' \
-    "/var/tests/$(basename "$0") --in-container" >"$units/tolvane-checks.service"
+    "/var/tests/package/$(basename "$0") --in-container" >"$units/tolvane-checks.service"
 cat >"$work/etc/polkit-1/rules.d/50-tolvane-checks.rules" <<'RULE'
 polkit.addRule(function (action, subject) {
     if (action.id == "org.tolvane.input.use" && subject.user == "root") return polkit.Result.YES;
@@ -57,7 +57,7 @@ unshare --mount --propagation private -- sh -c '
         --register=no --keep-unit --link-journal=no --console=pipe \
         --overlay-ro=+/usr:"$1/tree/usr":/usr --overlay-ro=+/etc:"$1/etc":/etc \
         --bind-ro="$2":/var/tests --bind="$1/log":/var/check-log systemd.unit=tolvane-checks.target' \
-    - "$work" "$here" >"$work/nspawn.log" 2>&1 || fail "the container failed: $(tail -n 20 "$work/nspawn.log")"
+    - "$work" "$(dirname "$here")" >"$work/nspawn.log" 2>&1 || fail "the container failed: $(tail -n 20 "$work/nspawn.log")"
 cat "$work/log/checks.log" 2>/dev/null
 grep -qx PASS "$work/log/checks.log" 2>/dev/null || fail "the checks did not pass in the container"
 echo PASS

@@ -81,6 +81,15 @@ inline std::vector<TableRow> readTable(const std::string& name, std::size_t colu
     return rows;
 }
 
+// The one cell of each row of table `name`: a list, as of a menu's items.
+inline std::vector<std::string> readLines(const std::string& name) {
+    std::vector<std::string> lines;
+    for (const TableRow& row : readTable(name, 1)) {
+        lines.push_back(row[0]);
+    }
+    return lines;
+}
+
 // The number the kernel gives an event type or code `name` (REL_WHEEL).
 inline std::uint16_t codeOf(const std::string& name) {
     const std::optional<std::uint16_t> value = code::named(name);

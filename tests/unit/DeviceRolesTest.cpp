@@ -88,14 +88,5 @@ TEST(DeviceRoles, SysfsBitmapsAndFilesGiveTheCapabilities) {
     EXPECT_EQ(caps.name, "Logitech USB Receiver");
 }
 
-TEST(DeviceRoles, OnlyAMarkedPhysMakesAClone) {
-    DeviceCapabilities device;
-    EXPECT_FALSE(isTolvaneClone(device));
-    device.phys = "usb-0000:00:14.0-1/input0";
-    EXPECT_FALSE(isTolvaneClone(device));
-    device.phys = markedPhys(device.phys);
-    EXPECT_TRUE(isTolvaneClone(device));
-}
-
 } // namespace
 } // namespace tolvane

@@ -85,9 +85,7 @@ TEST(MemoryAndStorageReadings, ShowTheShareUsedAndTheGigabytes) {
                                    {1234.5, "1234 GB"}}) {
         EXPECT_EQ(gigabyteText(gigabytes), text);
     }
-}
-
-TEST(StorageUse, NeedsACapacityAndAnAvailableCountAndNeverGoesBelowNothingUsed) {
+    // Storage use needs a capacity and an available count, and never goes below nothing used.
     EXPECT_FALSE(storageUse(0, 10) || storageUse(-5, 10) || storageUse(1000, std::nullopt));
     EXPECT_EQ(storageReading(storageUse(1000, 250).value()), (Reading{0.75, "0.0 GB free"}));
     EXPECT_EQ(storageReading(storageUse(1000, 1200).value()), (Reading{0.0, "0.0 GB free"}));
