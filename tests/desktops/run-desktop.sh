@@ -81,8 +81,8 @@ start_desktop() {
     # Tolvane's icons where its package puts them, in the user's own share of the icon theme.
     local icons=$XDG_DATA_HOME/icons/hicolor data
     data=$(dirname "$0")/../../data/icons
-    mkdir -p "$icons/scalable/apps" "$icons/symbolic/apps"
-    cp "$data/tolvane.svg" "$icons/scalable/apps/"
+    mkdir -p "$icons/scalable/status" "$icons/symbolic/apps"
+    cp "$data/tolvane.svg" "$icons/scalable/status/tolvane-mouse.svg"
     cp "$data/tolvane-symbolic.svg" "$icons/symbolic/apps/"
     gsettings set org.gnome.desktop.interface enable-hot-corners false 2>/dev/null || true
     case $desktop in

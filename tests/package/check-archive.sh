@@ -19,8 +19,8 @@ step "the desktop entry and its icon are in the package"
 entry=$tree/usr/share/applications/tolvane.desktop
 desktop-file-validate "$entry" || fail "desktop-file-validate found problems"
 icons=$tree/usr/share/icons/hicolor icon=$(desktop_value "$entry" Icon)
-xmllint --noout "$icons/scalable/apps/$icon.svg" "$icons/symbolic/apps/$icon-symbolic.svg" ||
-    fail "no well-formed icon and symbolic icon named $icon"
+xmllint --noout "$icons/scalable/apps/$icon.svg" "$icons/symbolic/apps/$icon-symbolic.svg" \
+    "$icons/scalable/status/$icon-mouse.svg" || fail "no well-formed icons named $icon"
 appstreamcli validate-tree --no-net "$tree" || fail "appstreamcli found errors or warnings"
 
 step "every path the manual page gives under /usr is packaged"

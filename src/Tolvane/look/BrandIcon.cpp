@@ -111,7 +111,7 @@ private:
 } // namespace
 
 QIcon menuBar(bool active, const QColor& ink) {
-    QString name = active ? QStringLiteral("tolvane") : QStringLiteral("tolvane-symbolic");
+    QString name = active ? QStringLiteral("tolvane-mouse") : QStringLiteral("tolvane-symbolic");
     if (!QIcon::hasThemeIcon(name)) {
         name.clear();
     }
