@@ -70,11 +70,12 @@ void TrayHost::start() {
     createIcon();
     hostPresent = hostAvailable();
     watchTrayHosts();
-    if (!hostPresent) {
-        hostWatch.setInterval(timing.check);
-        connect(&hostWatch, &QTimer::timeout, this, &TrayHost::checkTrayHost);
-        hostWatch.start();
+    if (hostPresent) {
+        return; // and nothing wakes the program while it sits in the tray
     }
+    hostWatch.setInterval(timing.check);
+    connect(&hostWatch, &QTimer::timeout, this, &TrayHost::checkTrayHost);
+    hostWatch.start();
     QTimer::singleShot(timing.wait, this, [this] {
         hostWatch.stop();
         if (!hostPresent) {
