@@ -64,13 +64,14 @@ int SdEventLoop::turn(int timeoutMs) {
     }
     retired.clear(); // no callback runs now, and the last turn's readiness is spent
     int due = 0;     // sd-event has a source pending already
-    if (sd_event_get_state(event) == SD_EVENT_INITIAL) {
+    if (!armed) {
         due = sd_event_prepare(event);
         if (due < 0) {
             return due;
         }
+        armed = due == 0;
     }
-    std::array<epoll_event, 16> ready{};
+    std::array<epoll_event, 16> ready; // filled by epoll_wait() before any use
     const int n = ::epoll_wait(epollFd, ready.data(), static_cast<int>(ready.size()),
                                due > 0 ? 0 : timeoutMs);
     if (n < 0) {
@@ -87,28 +88,33 @@ int SdEventLoop::turn(int timeoutMs) {
             ++dispatched;
         }
     }
-    if (due > 0 || (eventReady && sd_event_wait(event, 0) > 0)) {
+    if (eventReady && armed) {
+        armed = false;
+        due = sd_event_wait(event, 0);
+        if (due < 0) {
+            return due;
+        }
+    }
+    if (due > 0) {
         const int r = sd_event_dispatch(event);
         if (r < 0) {
             return r;
         }
         ++dispatched;
+        finished = sd_event_get_state(event) == SD_EVENT_FINISHED;
     }
     return dispatched;
 }
 
 int SdEventLoop::run() {
-    for (;;) {
-        const int r = turn(-1);
-        if (r < 0) {
+    while (!finished) {
+        if (const int r = turn(-1); r < 0) {
             return r;
         }
-        if (sd_event_get_state(event) == SD_EVENT_FINISHED) {
-            int code = 0;
-            sd_event_get_exit_code(event, &code);
-            return code;
-        }
     }
+    int code = 0;
+    sd_event_get_exit_code(event, &code);
+    return code;
 }
 
 } // namespace tolvane::inputd

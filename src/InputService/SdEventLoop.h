@@ -44,6 +44,8 @@ private:
     sd_event* event;
     int epollFd;
     bool eventNested = false; // sd-event's descriptor is in the set
+    bool armed = false;       // sd-event prepared, its descriptor not yet found ready
+    bool finished = false;    // sd-event has dispatched its exit
     std::unordered_map<int, std::unique_ptr<Watch>> watches;
     // Watches ended during a turn, freed at the next: a turn may still hold their readiness.
     std::vector<std::unique_ptr<Watch>> retired;
