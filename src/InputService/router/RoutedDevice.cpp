@@ -1,12 +1,12 @@
 // The per-event path of every taken device. Why events are read raw: libevdev hands them out
 // one call at a time, each through its queue, its filters and its state, and ends every wake-up
-// with a read() that returns -EAGAIN; under the wheel, where a frame is three events, that was
-// the larger part of the layer's own work. Here one read() takes everything pending (evdev hands
-// out whole frames only, so a read that does not fill the buffer has emptied the queue and the
-// loop will wake again for more), and libevdev is kept only for what it is good at: its view of
-// keys, switches, LEDs and axes, MT slots included, fed from the events that change it, and its
-// resync. The things easy to get wrong: after SYN_DROPPED the kernel has already thrown events
-// away, so the half-read frame and whatever the read holds after the drop are discarded, and
+// with a read() that returns -EAGAIN; under the wheel, where a frame is three events, that cost
+// more than the router's own code and a system call per frame. Here one read() takes everything
+// pending (evdev hands out whole frames only, so a read that does not fill the buffer has emptied
+// the queue and the loop will wake again for more), and libevdev is kept only for what it is good
+// at: its view of keys, switches, LEDs and axes, MT slots included, fed from the events that change
+// it, and its resync. The things easy to get wrong: after SYN_DROPPED the kernel has already thrown
+// events away, so the half-read frame and whatever the read holds after the drop are discarded, and
 // libevdev's resync (forced, then read with LIBEVDEV_READ_FLAG_SYNC until -EAGAIN) brings the
 // clone back to the device's real state from its own, releasing any button whose release was
 // lost; that only works while libevdev's state follows every event read. Its queue is empty
