@@ -1,5 +1,5 @@
 // The input service's wheel path in a process of its own, for the wheel benchmark: the
-// service's router on the service's own sd-event loop, every wheel device taken and cloned,
+// service's router on the service's own loop (SdEventLoop), every wheel device taken and cloned,
 // each frame negated. Only the bus is left out: the service reads no bus message while a
 // device has input waiting.
 #include "InputService/SdEventLoop.h"
@@ -28,7 +28,7 @@ int main() {
         tolvane::inputd::SdEventLoop loop(event);
         tolvane::oslinux::InputRouter router(loop);
         if (router.create(&invert, nullptr)) {
-            status = sd_event_loop(event) < 0 ? 1 : 0;
+            status = loop.run() < 0 ? 1 : 0;
         } else {
             std::fprintf(stderr, "tolvane-wheel: the wheel devices cannot be taken\n");
         }

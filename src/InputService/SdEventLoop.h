@@ -8,13 +8,14 @@
 #include <vector>
 
 struct sd_event;
-struct sd_event_source;
 
 namespace tolvane::inputd {
 
-// The device router's loop on systemd's sd-event, beside the bus. Device descriptors run at a
-// higher priority than everything else, so a wheel frame that is ready is always read before
-// the next bus message.
+// The service's loop: the device descriptors in an epoll set of its own, with systemd's
+// sd-event (the bus, signals, timers, the watchdog) nested in it through sd-event's own
+// descriptor. A ready device is read before sd-event is looked at, so a wheel frame that is
+// ready always goes before the next bus message, and a frame costs no more than its wait, its
+// read() and its write(): sd-event is turned only when one of its sources is ready.
 class SdEventLoop final : public oslinux::EventLoop {
 public:
     explicit SdEventLoop(sd_event* event);
@@ -26,17 +27,27 @@ public:
     void watchReadable(int fd, std::function<void()> onReadable) override;
     void unwatch(int fd) override;
 
+    // One turn: every ready device, then one of sd-event's sources if one is due, after
+    // waiting up to timeoutMs (-1: for ever) for either. How many were dispatched, or a
+    // negative errno.
+    int turn(int timeoutMs);
+    // Turns until sd-event is told to exit: its exit code, or a negative errno.
+    int run();
+
 private:
     struct Watch {
-        SdEventLoop* loop;
-        sd_event_source* source = nullptr;
+        int fd;
         std::function<void()> onReadable;
+        bool live = true;
     };
-    static int dispatch(sd_event_source* source, int fd, unsigned revents, void* userdata);
 
     sd_event* event;
+    int epollFd;
+    bool eventNested = false; // sd-event's descriptor is in the set
+    bool armed = false;       // sd-event prepared, its descriptor not yet found ready
+    bool finished = false;    // sd-event has dispatched its exit
     std::unordered_map<int, std::unique_ptr<Watch>> watches;
-    // Watches ended from inside a callback, freed once that callback has returned.
+    // Watches ended during a turn, freed at the next: a turn may still hold their readiness.
     std::vector<std::unique_ptr<Watch>> retired;
 };
 

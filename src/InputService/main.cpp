@@ -72,7 +72,7 @@ int main(int argc, char** argv) {
             logLine("cannot serve org.tolvane.Input1 on the system bus");
         } else {
             sd_notify(0, "READY=1");
-            status = sd_event_loop(event) < 0 ? 1 : 0;
+            status = loop.run() < 0 ? 1 : 0;
             sd_notify(0, "STOPPING=1");
         }
     }

@@ -26,7 +26,7 @@ public:
     // Turns until nothing is ready any more.
     // Also waits for the twins let go of to be gone.
     void settle() {
-        for (int i = 0; i < 10000 && sd_event_run(event, 0) > 0; ++i) {
+        for (int i = 0; i < 10000 && router.turn(0) > 0; ++i) {
         }
         oslinux::finishBackgroundClosing();
     }
@@ -35,7 +35,7 @@ public:
                    std::chrono::milliseconds limit = std::chrono::milliseconds(2000)) {
         for (const auto end = std::chrono::steady_clock::now() + limit;
              !done() && std::chrono::steady_clock::now() < end;) {
-            sd_event_run(event, 5000);
+            router.turn(5);
         }
         return done();
     }

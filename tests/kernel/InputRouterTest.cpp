@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <fstream>
 #include <sys/ioctl.h>
 #include <sys/socket.h>
@@ -350,6 +351,33 @@ TEST_F(DevicesOverTime, AnOverflowLeavesNoButtonDownAndNoMixedFrame) {
     }
     EXPECT_FALSE(clone.keyDown(BTN_LEFT)) << "the button stayed down on the clone";
     EXPECT_LT(motions, 3000u) << "no overflow happened, the case proves nothing";
+}
+
+// The same for a touch whose end is lost: the resync goes slot by slot from libevdev's view,
+// which must have followed every slot the clone was told of, or the touch stays on the clone.
+TEST_F(DevicesOverTime, AnOverflowLeavesNoTouchOnTheClone) {
+    DeviceRecipe recipe = usbKeyboard("Tolvane Test Keyboard with Touchscreen");
+    recipe.abs = {ABS_X, ABS_MT_SLOT, ABS_MT_POSITION_X, ABS_MT_TRACKING_ID}; // two slots
+    recipe.props = {INPUT_PROP_DIRECT};
+    auto pad = VirtualDevice::plug(recipe);
+    start();
+    ASSERT_TRUE(layer->create(&invert, nullptr) && layer->hold());
+    NodeReader clone(cloneOf(*pad, recipe.name));
+    std::array<std::int32_t, 3> ids{ABS_MT_TRACKING_ID}; // the code, then slot 0's, slot 1's
+    const auto touchInSlot1 = [&] {
+        ::ioctl(clone.descriptor(), EVIOCGMTSLOTS(sizeof ids), ids.data());
+        return ids[2];
+    };
+    pad->frame({{EV_ABS, ABS_MT_SLOT, 1}, {EV_ABS, ABS_MT_TRACKING_ID, 7}});
+    loop.settle();
+    ASSERT_EQ(touchInSlot1(), 7);
+    pad->frame({{EV_ABS, ABS_MT_TRACKING_ID, -1}}); // the lift and a flood behind it
+    for (int i = 0; i < 3000; ++i) {
+        pad->frame({{EV_ABS, ABS_X, 1 + i % 3}});
+    }
+    loop.settle();
+    EXPECT_EQ(touchInSlot1(), -1) << "the touch stayed on the clone";
+    EXPECT_LT(withoutSync(clone.readAll()).size(), 3000u) << "no overflow happened";
 }
 
 // Sleep and resume, three times, with udevd and without: every device goes and comes back within

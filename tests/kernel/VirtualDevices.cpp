@@ -45,14 +45,15 @@ std::unique_ptr<VirtualDevice> VirtualDevice::plug(const DeviceRecipe& recipe) {
     libevdev_set_id_bustype(dev, recipe.bus);
     libevdev_set_id_vendor(dev, 0x7a1e);
     libevdev_set_id_product(dev, 0x0001);
-    const input_absinfo range{0, 0, 4095, 0, 0, 0};
+    const input_absinfo range{0, 0, 4095, 0, 0, 0}, slots{0, 0, 1, 0, 0, 0};
     for (const auto& [type, codes, data] : {std::tuple{EV_REL, &recipe.rel, (const void*)nullptr},
                                             {EV_KEY, &recipe.keys, nullptr},
                                             {EV_ABS, &recipe.abs, &range},
                                             {EV_SW, &recipe.switches, nullptr},
                                             {EV_LED, &recipe.leds, nullptr}}) {
         for (auto c : *codes) {
-            libevdev_enable_event_code(dev, type, c, data);
+            libevdev_enable_event_code(dev, type, c,
+                                       type == EV_ABS && c == ABS_MT_SLOT ? &slots : data);
         }
     }
     for (auto p : recipe.props) {

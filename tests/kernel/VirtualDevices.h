@@ -15,7 +15,8 @@ struct libevdev_uinput;
 
 namespace tolvane::kerneltest {
 
-// What a virtual device made through uinput can send; absolute axes range over 0..4095.
+// What a virtual device made through uinput can send; absolute axes range over 0..4095, but
+// ABS_MT_SLOT over two slots.
 struct DeviceRecipe {
     std::string name{};
     std::uint16_t bus = BUS_USB;

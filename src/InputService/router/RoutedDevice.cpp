@@ -1,15 +1,23 @@
-// The per-event path of every taken device. The thing easy to get wrong: after SYN_DROPPED
-// the kernel has already thrown events away, so the half-read frame is discarded and
-// libevdev's resync (read with LIBEVDEV_READ_FLAG_SYNC until -EAGAIN) brings the clone back
-// to the device's real state, releasing any button whose release was lost.
-// Reads go to the kernel only once libevdev's queue is empty: without the blocking flag it
-// tries another read() before every event it hands out, three wasted system calls for each
-// wheel frame. On this non-blocking descriptor that read ends in -EAGAIN, never waits.
+// The per-event path of every taken device. Why events are read raw: libevdev hands them out
+// one call at a time, each through its queue, its filters and its state, and ends every wake-up
+// with a read() that returns -EAGAIN; under the wheel, where a frame is three events, that cost
+// more than the router's own code and a system call per frame. Here one read() takes everything
+// pending (evdev hands out whole frames only, so a read that does not fill the buffer has emptied
+// the queue and the loop will wake again for more), and libevdev is kept only for what it is good
+// at: its view of keys, switches, LEDs and axes, MT slots included, fed from the events that change
+// it, and its resync. The things easy to get wrong: after SYN_DROPPED the kernel has already thrown
+// events away, so the half-read frame and whatever the read holds after the drop are discarded, and
+// libevdev's resync (forced, then read with LIBEVDEV_READ_FLAG_SYNC until -EAGAIN) brings the
+// clone back to the device's real state from its own, releasing any button whose release was
+// lost; that only works while libevdev's state follows every event read. Its queue is empty
+// after a resync, so nothing is ever left in it for a later read to miss.
 #include "InputService/router/RoutedDevice.h"
 
 #include <libevdev/libevdev.h>
 
+#include <array>
 #include <cerrno>
+#include <unistd.h>
 
 namespace tolvane::oslinux {
 
@@ -92,35 +100,67 @@ void RoutedDevice::step(GrabEvent event) {
 }
 
 RoutedDevice::ReadResult RoutedDevice::readPendingEvents() {
-    libevdev* dev = device->evdev();
-    constexpr unsigned normal = LIBEVDEV_READ_FLAG_NORMAL | LIBEVDEV_READ_FLAG_BLOCKING;
-    constexpr unsigned resync = LIBEVDEV_READ_FLAG_SYNC | LIBEVDEV_READ_FLAG_BLOCKING;
-    unsigned flags = normal;
-    input_event event;
+    std::array<input_event, batchCapacity> batch; // filled by read() before any use
     for (;;) {
-        const int rc = libevdev_next_event(dev, flags, &event);
-        if (rc == LIBEVDEV_READ_STATUS_SUCCESS) {
+        const ssize_t got = ::read(device->fd(), batch.data(), sizeof batch);
+        if (got < 0) {
+            if (errno == EINTR) {
+                continue;
+            }
+            return errno == EAGAIN ? ReadResult::drained : ReadResult::vanished;
+        }
+        const std::size_t count = static_cast<std::size_t>(got) / sizeof(input_event);
+        for (std::size_t i = 0; i < count; ++i) {
+            const input_event& event = batch[i];
+            if (event.type == EV_SYN && event.code == SYN_DROPPED) {
+                return resync() ? ReadResult::drained : ReadResult::vanished;
+            }
             take(event);
-        } else if (rc == LIBEVDEV_READ_STATUS_SYNC) {
-            if (flags == normal) {
-                frames.dropped(); // the SYN_DROPPED itself
-                flags = resync;
-            } else {
-                take(event);
-            }
-        } else if (rc == -EAGAIN) {
-            if (flags == normal) {
-                return ReadResult::drained;
-            }
-            flags = normal;
-            send(frames.resynced());
-        } else {
-            return ReadResult::vanished;
+        }
+        if (count < batch.size()) {
+            return ReadResult::drained;
         }
     }
 }
 
+bool RoutedDevice::resync() {
+    libevdev* dev = device->evdev();
+    frames.dropped();
+    input_event event;
+    int rc = libevdev_next_event(dev, LIBEVDEV_READ_FLAG_FORCE_SYNC, &event);
+    if (rc != LIBEVDEV_READ_STATUS_SYNC) {
+        return false;
+    }
+    while ((rc = libevdev_next_event(dev, LIBEVDEV_READ_FLAG_SYNC, &event)) ==
+           LIBEVDEV_READ_STATUS_SYNC) {
+        forward(event); // libevdev has applied it to its state itself
+    }
+    if (rc != -EAGAIN) {
+        return false;
+    }
+    send(frames.resynced());
+    return true;
+}
+
 void RoutedDevice::take(const input_event& event) {
+    switch (event.type) {
+    case EV_KEY:
+    case EV_ABS:
+    case EV_LED:
+    case EV_SW:
+        // What libevdev's own reading would do: on an MT device ABS_MT_SLOT moves its current
+        // slot and the other ABS_MT_ codes land in that slot.
+        libevdev_set_event_value(device->evdev(), event.type, event.code, event.value);
+        break;
+    case EV_REP:
+        return; // the clones have no auto-repeat, and libevdev hid these before
+    default:
+        break;
+    }
+    forward(event);
+}
+
+void RoutedDevice::forward(const input_event& event) {
     if (grabState == GrabState::grabbed) { // not taken: every other reader gets the event anyway
         send(frames.take({event.type, event.code, event.value}));
     }

@@ -19,6 +19,8 @@ namespace tolvane::oslinux {
 // has the clone made, then calls settle().
 class RoutedDevice {
 public:
+    static constexpr std::size_t batchCapacity = 128; // events per read()
+
     RoutedDevice(std::string node, std::unique_ptr<EvdevDevice> device, EventLoop& loop,
                  std::function<void(RoutedDevice&)> onReadable);
     ~RoutedDevice();
@@ -52,7 +54,12 @@ private:
     }
     bool settleGrab();
     void step(GrabEvent event);
+    // One event read raw: into libevdev's state, then on to the frames.
     void take(const input_event& event);
+    void forward(const input_event& event);
+    // After SYN_DROPPED: the frame under way dropped, the state libevdev reports sent instead.
+    // False when the device is gone.
+    bool resync();
     void send(std::span<const InputEvent> frame);
 
     std::string nodeName;
