@@ -192,7 +192,9 @@ TEST_F(InputService, EachWayTheHoldingCallerFailsGivesTheKeysBackInTime) {
         {"caller frozen", frozen, 1, 1400, 2750, true},
         {"caller's session switched away", switchedAway, 1, 0, 1000, false},
         {"20 silent connections beside the caller", silentBeside, 1, -1, -1, true},
-        {"70 keyboards, caller killed", killed, 70, 0, 1000, false},
+        // The first comes free while the kernel removes the clones of the others on the one
+        // emulated processor: 0.3 s on a quiet machine, up to 1.3 s beside other tiers.
+        {"70 keyboards, caller killed", killed, 70, 0, 2000, false},
     };
     unsigned session = 0;
     for (const Row& row : rows) {
