@@ -11,8 +11,8 @@
 #include "Tolvane/menu/MenuRow.h"
 #include "Tolvane/menu/StatusMenu.h"
 #include "Tolvane/session/WaylandSession.h"
+#include "Tolvane/tray/MenuBesidePanel.h"
 #include "Tolvane/tray/PanelInk.h"
-#include "TolvaneCore/MenuPlacement.h"
 
 #include <QCursor>
 #include <QDBusConnection>
@@ -36,32 +36,6 @@ bool statusNotifierHostPresent() {
     QDBusConnection bus = QDBusConnection::sessionBus();
     return bus.isConnected() && bus.interface() &&
            bus.interface()->isServiceRegistered(QStringLiteral("org.kde.StatusNotifierWatcher"));
-}
-
-// The menu at `anchor`, beside the panel that holds the icon. Qt keeps a popup inside the
-// whole screen where the platform theme asks for that (Plasma's does), over the panel. The free
-// area is kept a little smaller than the panels leave it: Plasma 6 draws a floating panel a few
-// pixels beyond the room it reserves. A menu shown taller than its size hint said (its frame)
-// is placed once more at its real size.
-void popUpBesidePanel(QMenu* menu, QPoint anchor) {
-    const QScreen* screen = QGuiApplication::screenAt(anchor);
-    if (!screen) {
-        menu->popup(anchor);
-        return;
-    }
-    constexpr int clearance = 8;
-    const QRect free =
-        screen->availableGeometry().adjusted(clearance, clearance, -clearance, -clearance);
-    const auto place = [&](QSize size) {
-        const ScreenPoint at = menuPlacement({anchor.x(), anchor.y()}, size.width(), size.height(),
-                                             {free.x(), free.y(), free.width(), free.height()});
-        return QPoint(at.x, at.y);
-    };
-    const QSize hinted = menu->sizeHint();
-    menu->popup(place(hinted));
-    if (menu->size() != hinted) {
-        menu->move(place(menu->size()));
-    }
 }
 
 } // namespace
