@@ -209,7 +209,9 @@ TEST_F(InputService, EachWayTheHoldingCallerFailsGivesTheKeysBackInTime) {
         }
         ASSERT_GE(msUntil([&] { return keyboards.allHeld(); }, Clock::now(), 10s), 0)
             << keyboards.held() << " held";
-        ASSERT_EQ(wheelSeen(*mouse).first, -1);
+        // The inversion stands through the hold. Just after 70 clones were made, the service
+        // looks at their 70 new nodes first: under emulation the notch may wait a second.
+        ASSERT_TRUE(wheelComesTo(-1, 5s));
         std::vector<int> unheard; // connections to the bus that never send their greeting
         std::vector<std::unique_ptr<ServiceClient>> quiet; // clients that never call
         const auto failed = Clock::now();
