@@ -102,6 +102,23 @@ bool items(const QString& choice) {
     return choice.isEmpty();
 }
 
+// The (bus name, object path) pairs of an AT-SPI GetChildren reply.
+QList<std::pair<QString, QString>> childrenOf(const QDBusMessage& reply) {
+    QList<std::pair<QString, QString>> children;
+    const QDBusArgument list = reply.arguments().value(0).value<QDBusArgument>();
+    list.beginArray();
+    while (!list.atEnd()) {
+        QString name;
+        QDBusObjectPath path;
+        list.beginStructure();
+        list >> name >> path;
+        list.endStructure();
+        children.append({name, path.path()});
+    }
+    list.endArray();
+    return children;
+}
+
 // The AT-SPI tree below an element (bus name, object path) on the accessibility bus, printed.
 void printAccessible(const QDBusConnection& a11y, const QString& name, const QString& path,
                      int depth) {
@@ -111,18 +128,10 @@ void printAccessible(const QDBusConnection& a11y, const QString& name, const QSt
     const QString label = property(name, path, interface, QStringLiteral("Name"), a11y).toString();
     answer(QString(QLatin1Char('>')).repeated(depth) +
            QStringLiteral(" %1 \"%2\"").arg(role.value(), label));
-    const QDBusMessage children = element.call(QStringLiteral("GetChildren"));
-    const QDBusArgument list = children.arguments().value(0).value<QDBusArgument>();
-    list.beginArray();
-    while (!list.atEnd()) {
-        QString childName;
-        QDBusObjectPath childPath;
-        list.beginStructure();
-        list >> childName >> childPath;
-        list.endStructure();
-        printAccessible(a11y, childName, childPath.path(), depth + 1);
+    for (const auto& [childName, childPath] :
+         childrenOf(element.call(QStringLiteral("GetChildren")))) {
+        printAccessible(a11y, childName, childPath, depth + 1);
     }
-    list.endArray();
 }
 
 // The program named `app` among those the AT-SPI registry knows, printed; false if absent.
@@ -136,24 +145,16 @@ bool accessible(const QString& app) {
                                              QStringLiteral("/org/a11y/atspi/accessible/root"),
                                              QStringLiteral("org.a11y.atspi.Accessible"), a11y)
                                   .call(QStringLiteral("GetChildren"));
-    const QDBusArgument list = apps.arguments().value(0).value<QDBusArgument>();
     bool found = false;
-    list.beginArray();
-    while (!list.atEnd()) {
-        QString name;
-        QDBusObjectPath path;
-        list.beginStructure();
-        list >> name >> path;
-        list.endStructure();
-        if (property(name, path.path(), QStringLiteral("org.a11y.atspi.Accessible"),
+    for (const auto& [name, path] : childrenOf(apps)) {
+        if (property(name, path, QStringLiteral("org.a11y.atspi.Accessible"),
                      QStringLiteral("Name"), a11y)
                 .toString()
                 .compare(app, Qt::CaseInsensitive) == 0) {
             found = true;
-            printAccessible(a11y, name, path.path(), 0);
+            printAccessible(a11y, name, path, 0);
         }
     }
-    list.endArray();
     return found;
 }
 

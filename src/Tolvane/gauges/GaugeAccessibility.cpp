@@ -40,11 +40,8 @@ QAccessibleInterface* gaugeAccessible(const QString&, QObject* object) {
 } // namespace
 
 void installGaugeAccessibility() {
-    static const bool installed = [] {
-        QAccessible::installFactory(gaugeAccessible);
-        return true;
-    }();
-    (void)installed;
+    // Qt adds a factory that is already installed only once.
+    QAccessible::installFactory(gaugeAccessible);
 }
 
 } // namespace tolvane

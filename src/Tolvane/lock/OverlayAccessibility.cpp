@@ -93,11 +93,8 @@ QAccessibleInterface* overlayAccessible(const QString&, QObject* object) {
 } // namespace
 
 void installOverlayAccessibility() {
-    static const bool installed = [] {
-        QAccessible::installFactory(overlayAccessible);
-        return true;
-    }();
-    (void)installed;
+    // Qt adds a factory that is already installed only once.
+    QAccessible::installFactory(overlayAccessible);
 }
 
 } // namespace tolvane
