@@ -7,7 +7,6 @@
 #include <array>
 #include <fcntl.h>
 #include <filesystem>
-#include <fstream>
 #include <poll.h>
 #include <sys/ioctl.h>
 #include <tuple>
@@ -117,14 +116,25 @@ bool NodeReader::tryGrab() {
     return free;
 }
 
+// A device of an earlier case may be going while the folder is read: its name then reads as
+// ENODEV, which a stream would throw on, so the name is read with plain calls.
+static std::string nameOf(const std::filesystem::path& entry) {
+    std::array<char, 256> text{};
+    const int fd = ::open((entry / "device/name").c_str(), O_RDONLY | O_CLOEXEC);
+    const ssize_t n = fd < 0 ? -1 : ::read(fd, text.data(), text.size() - 1);
+    if (fd >= 0) {
+        ::close(fd);
+    }
+    std::string name(text.data(), n > 0 ? std::size_t(n) : 0);
+    return name.substr(0, name.find('\n'));
+}
+
 std::vector<std::string> nodesNamed(const std::string& name,
                                     const std::vector<std::string>& except) {
     std::vector<std::string> found;
     for (const auto& entry : std::filesystem::directory_iterator("/sys/class/input")) {
         const std::string node = entry.path().filename(), path = "/dev/input/" + node;
-        std::string line;
-        std::getline(std::ifstream(entry.path() / "device/name"), line);
-        if (node.starts_with("event") && line == name &&
+        if (node.starts_with("event") && nameOf(entry.path()) == name &&
             std::find(except.begin(), except.end(), path) == except.end()) {
             found.push_back(path);
         }

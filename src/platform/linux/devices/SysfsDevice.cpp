@@ -7,12 +7,32 @@
 #include <cerrno>
 #include <climits>
 #include <cstdlib>
-#include <fstream>
-#include <iterator>
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
+#include <unistd.h>
 
 namespace tolvane::oslinux {
+
+namespace {
+
+// A device unplugged while it is described reads as ENODEV; that is an answer, not an error.
+std::optional<std::string> attribute(const std::string& path) {
+    const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0) {
+        return std::nullopt;
+    }
+    std::string text;
+    char buffer[4096];
+    ssize_t n = 0;
+    while ((n = ::read(fd, buffer, sizeof buffer)) > 0 && text.size() < 65536) {
+        text.append(buffer, std::size_t(n));
+    }
+    ::close(fd);
+    return n < 0 ? std::nullopt : std::optional(text);
+}
+
+} // namespace
 
 std::optional<std::string> sysfsIdentity(const std::string& nodePath) {
     struct stat node {};
@@ -39,10 +59,15 @@ std::optional<SysfsDevice> describeNode(const std::string& nodePath) {
         return std::nullopt;
     }
     SysfsDevice device{std::move(*identity), {}};
+    bool gone = false;
     device.capabilities = capabilitiesFromSysfs([&](const char* file) {
-        std::ifstream in(device.identity + "/" + file);
-        return std::string(std::istreambuf_iterator<char>(in), {});
+        auto text = attribute(device.identity + "/" + file);
+        gone = gone || (!text && errno == ENODEV);
+        return text.value_or(std::string());
     });
+    if (gone) {
+        return std::nullopt;
+    }
     return device;
 }
 
