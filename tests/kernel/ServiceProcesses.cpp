@@ -41,9 +41,9 @@ bool write(const std::string& path, const std::string& text) {
 }
 
 std::string callService(sd_bus* bus, char member) {
-    const char* name = member == ServiceClient::hold ? "HoldKeyboards"
-                       : member == 'K'               ? "KeepAlive"
-                                                     : "SetInversion";
+    const char* name = member == ServiceClient::hold        ? "HoldKeyboards"
+                       : member == ServiceClient::keepAlive ? "KeepAlive"
+                                                            : "SetInversion";
     sd_bus_error error = SD_BUS_ERROR_NULL;
     const int rc = std::string(name) == "SetInversion"
                        ? sd_bus_call_method(bus, service, "/org/tolvane/Input1", service, name,

@@ -26,7 +26,7 @@ private:
 // every 500 ms while it holds the keyboards. Killed with the object.
 class ServiceClient {
 public:
-    enum Call : char { invert = 'I', stopInverting = 'i', hold = 'H' };
+    enum Call : char { invert = 'I', stopInverting = 'i', hold = 'H', keepAlive = 'K' };
 
     ServiceClient();
     ~ServiceClient();
