@@ -1,6 +1,9 @@
-// The service's calls on the system bus. The thing easy to get wrong: a method handler must
+// The service's calls on the system bus. The things easy to get wrong: a method handler must
 // not wait for polkit, so it keeps a reference to the call, returns, and answers when polkit
-// has; by then the caller may be gone, which NameOwnerChanged has already told.
+// has; by then the caller may be gone, which NameOwnerChanged has already told. A hold is
+// answered once the router has taken the keyboards, which may be turns later; the router tells
+// that from the devices' side of the loop, where sd-event must not be touched, so its word comes
+// through an eventfd that sd-event watches.
 #include "InputService/InputBus.h"
 
 #include "InputService/router/InputRouter.h"
@@ -11,6 +14,9 @@
 #include <systemd/sd-event.h>
 
 #include <ctime>
+#include <sys/epoll.h>
+#include <sys/eventfd.h>
+#include <unistd.h>
 
 namespace tolvane::inputd {
 
@@ -28,13 +34,21 @@ InputBus::InputBus(sd_bus* bus, sd_event* event, oslinux::InputRouter& router)
     : bus(bus), event(event), router(router), checks(bus) {}
 
 InputBus::~InputBus() {
+    sd_event_source_disable_unref(holdMadeSource);
+    if (holdMadeFd >= 0) {
+        ::close(holdMadeFd);
+    }
     sd_event_source_disable_unref(expiry);
     sd_bus_slot_unref(objectSlot);
     sd_bus_slot_unref(ownersSlot);
 }
 
 bool InputBus::publish() {
+    holdMadeFd = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
     const bool served =
+        holdMadeFd >= 0 &&
+        sd_event_add_io(event, &holdMadeSource, holdMadeFd, EPOLLIN, &InputBus::onHoldMade, this) >=
+            0 &&
         sd_bus_add_object_vtable(bus, &objectSlot, servicePath, serviceName, methods(), this) >=
             0 &&
         sd_bus_match_signal_async(bus, &ownersSlot, "org.freedesktop.DBus", "/org/freedesktop/DBus",
@@ -164,16 +178,14 @@ void InputBus::perform(const Message& message, const std::string& sender, Call c
     case Call::holdKeyboards:
         callers.hold(sender, now());
         apply();
-        callers.keepAlive(sender, now()); // its keep-alives start with the answer
-        armExpiry();
-        if (!callers.holds(sender) || !holding) {
-            callers.release(sender);
+        if (holdStands || !callers.holds(sender)) {
+            answerHold(sender, message);
             apply();
-            sd_bus_reply_method_errorf(message.get(), errorNoKeyboard,
-                                       "No keyboard could be held.");
-            return;
+        } else {
+            holdWaiting.emplace_back(sender, message); // answered once the router has told
         }
-        break;
+        armExpiry();
+        return;
     case Call::releaseKeyboards:
         callers.release(sender);
         apply();
@@ -215,6 +227,31 @@ int InputBus::onNameOwnerChanged(sd_bus_message* message, void* userdata, sd_bus
     return 0;
 }
 
+int InputBus::onHoldMade(sd_event_source*, int fd, std::uint32_t, void* userdata) {
+    auto* self = static_cast<InputBus*>(userdata);
+    std::uint64_t count = 0;
+    [[maybe_unused]] const ssize_t read = ::read(fd, &count, sizeof count);
+    const auto [asked, held] = self->holdMade;
+    if (asked == self->holdsAsked) { // else about a hold let go of and asked for again since
+        self->holdStands = held && self->holding;
+        for (const auto& [sender, message] : std::exchange(self->holdWaiting, {})) {
+            self->answerHold(sender, message);
+        }
+        self->apply();
+    }
+    return 0;
+}
+
+void InputBus::answerHold(const std::string& sender, const Message& message) {
+    if (holdStands && callers.holds(sender)) {
+        callers.keepAlive(sender, now()); // its keep-alives start with the answer
+        sd_bus_reply_method_return(message.get(), "");
+        return;
+    }
+    callers.release(sender);
+    sd_bus_reply_method_errorf(message.get(), errorNoKeyboard, "No keyboard could be held.");
+}
+
 int InputBus::onExpiry(sd_event_source*, std::uint64_t, void* userdata) {
     auto* self = static_cast<InputBus*>(userdata);
     self->callers.expireHolds(self->now());
@@ -238,18 +275,26 @@ void InputBus::apply() {
         tapping = false;
     }
     if (wanted.hold && !holding) {
-        holding = router.hold();
+        holding = true;
+        holdStands = false;
+        router.hold([this, asked = ++holdsAsked](bool held) {
+            holdMade = {asked, held};
+            const std::uint64_t one = 1;
+            [[maybe_unused]] const ssize_t written = ::write(holdMadeFd, &one, sizeof one);
+        });
     } else if (!wanted.hold && holding) {
         router.release();
         holding = false;
+        holdStands = false;
     }
     armExpiry();
 }
 
-// Armed only while a hold stands: an idle service has no timer at all.
+// Armed only while a hold stands: an idle service has no timer at all. Not while a hold is
+// being made either: its callers' keep-alives begin with its answer.
 void InputBus::armExpiry() {
     const auto next = callers.nextExpiry();
-    if (!next) {
+    if (!next || !holdWaiting.empty()) {
         sd_event_source_set_enabled(expiry, SD_EVENT_OFF);
         return;
     }

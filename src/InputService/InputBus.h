@@ -10,6 +10,8 @@
 #include <string>
 #include <systemd/sd-bus.h>
 #include <systemd/sd-event.h>
+#include <utility>
+#include <vector>
 
 namespace tolvane::oslinux {
 class InputRouter;
@@ -47,12 +49,15 @@ private:
     static int onKeepAlive(sd_bus_message* message, void* userdata, sd_bus_error* error);
     static int onNameOwnerChanged(sd_bus_message* message, void* userdata, sd_bus_error* error);
     static int onExpiry(sd_event_source* source, std::uint64_t usec, void* userdata);
+    static int onHoldMade(sd_event_source* source, int fd, std::uint32_t events, void* userdata);
     static void negateWhileInverting(void* context, InputEvent* events, std::size_t count);
 
     int accept(sd_bus_message* message, Call call, bool flag);
     void authorised(const Message& message, const std::string& sender, Call call, bool flag);
     void perform(const Message& message, const std::string& sender, Call call, bool flag);
     void replyMice(const Message& message);
+    // Answers a caller's HoldKeyboards: held, or not, with its part of the hold ended.
+    void answerHold(const std::string& sender, const Message& message);
     // Brings the router in line with the callers: the tap, the wheel's sign, the hold.
     void apply();
     void armExpiry();
@@ -66,7 +71,13 @@ private:
     std::map<std::string, int> authorising; // calls waiting for polkit, by caller
     bool tapping = false;
     bool inverting = false;
-    bool holding = false;
+    bool holding = false;    // the router was asked to hold
+    bool holdStands = false; // and has told that it holds
+    std::uint64_t holdsAsked = 0;
+    std::pair<std::uint64_t, bool> holdMade; // which hold the router last told of, and whether
+    std::vector<std::pair<std::string, Message>> holdWaiting; // callers, until holdMade
+    int holdMadeFd = -1; // the router's word wakes the bus's side of the loop through it
+    sd_event_source* holdMadeSource = nullptr;
     sd_event_source* expiry = nullptr;
     sd_bus_slot* objectSlot = nullptr;
     sd_bus_slot* ownersSlot = nullptr;

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "InputService/SdEventLoop.h"
-#include "InputService/router/BackgroundClose.h"
+#include "InputService/router/BackgroundWork.h"
 #include "InputService/router/InputRouter.h"
 #include "kernel/VirtualDevices.h"
 
@@ -13,6 +13,7 @@
 #include <fcntl.h>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -23,12 +24,14 @@ namespace tolvane::kerneltest {
 class GuestLoop {
 public:
     GuestLoop() { sd_event_unref(event); } // the router's loop keeps its own reference
-    // Turns until nothing is ready any more.
-    // Also waits for the twins let go of to be gone.
+    // Turns until nothing is ready any more and nothing is being made or destroyed in the
+    // background: the twins let go of are gone, and those made are taken.
     void settle() {
-        for (int i = 0; i < 10000 && router.turn(0) > 0; ++i) {
-        }
-        oslinux::finishBackgroundClosing();
+        do {
+            for (int i = 0; i < 10000 && router.turn(0) > 0; ++i) {
+            }
+            oslinux::finishBackgroundWork();
+        } while (router.turn(0) > 0);
     }
     // Turns until `done` or the time is up; returns done().
     bool turnUntil(const std::function<bool()>& done,
@@ -55,6 +58,13 @@ protected:
         layer = std::make_unique<oslinux::InputRouter>(loop.router, deviceRoot);
     }
     void TearDown() override { layer.reset(); }
+    // The keyboard hold, as its caller gets the answer: whether it stands, once the router says.
+    bool hold() {
+        auto held = std::make_shared<std::optional<bool>>();
+        layer->hold([held](bool stands) { *held = stands; });
+        loop.turnUntil([&] { return held->has_value(); }, std::chrono::seconds(10));
+        return held->value_or(false);
+    }
 
     GuestLoop loop;
     std::unique_ptr<oslinux::InputRouter> layer;

@@ -126,7 +126,7 @@ TEST_F(DeviceRoles, EachKindOfDeviceIsReportedInvertedAndHeldByWhatItCanSend) {
     inverting = true;
     ASSERT_TRUE(layer->create(&invert, nullptr));
     expectDesktopSees(devices, &Row::inverted, "inverting");
-    ASSERT_TRUE(layer->hold());
+    ASSERT_TRUE(hold());
     expectDesktopSees(devices, &Row::held, "held");
     layer->release();
     inverting = false;
@@ -180,7 +180,7 @@ TEST_F(DeviceRoles, ARefusedTapOrHoldLeavesNothingTaken) {
         NodeReader mouseFree(mouse->path()), keyboardFree(keyboard->path()), free(second->path());
         EXPECT_EQ(layer->create(&invert, nullptr), c.tapMade);
         EXPECT_TRUE(c.otherHoldsMouse || mouseFree.tryGrab() != c.tapMade) << "the mouse";
-        EXPECT_EQ(layer->hold(), c.holdTaken);
+        EXPECT_EQ(hold(), c.holdTaken);
         EXPECT_TRUE(c.otherHoldsKeyboard || keyboardFree.tryGrab() != c.holdTaken) << "keyboard";
         EXPECT_NE(free.tryGrab(), c.holdTaken) << "the keyboard nobody else holds";
         EXPECT_TRUE(NodeReader(refused->path()).tryGrab()) << "the wheel uinput refuses";
@@ -217,7 +217,7 @@ protected:
 TEST_F(DevicesOverTime, AMouseAndAKeyboardPluggedInLaterAreTakenAndTheirUnplugDropsThem) {
     auto first = VirtualDevice::plug(usbMouse("Tolvane Test First Mouse"));
     start();
-    ASSERT_TRUE(layer->create(&invert, nullptr) && layer->hold());
+    ASSERT_TRUE(layer->create(&invert, nullptr) && hold());
     loop.settle(); // the clone's own arrival is seen here
     NodeReader firstClone(cloneOf(*first, "Tolvane Test First Mouse"));
     EXPECT_TRUE(firstClone.tryGrab()) << "the clone was grabbed";
@@ -259,7 +259,7 @@ TEST_F(DevicesOverTime, AfterLostAnnouncementsAReusedNodeNamesTheNewDevice) {
     std::ofstream("/proc/sys/fs/inotify/max_queued_events") << 4; // taken as the watch starts
     start(root.path());
     std::ofstream("/proc/sys/fs/inotify/max_queued_events") << 16384;
-    ASSERT_TRUE(layer->create(&invert, nullptr) && layer->hold());
+    ASSERT_TRUE(layer->create(&invert, nullptr) && hold());
     for (const char* other : {"js0", "js1", "js2", "js3", "js4"}) {
         root.linkNode(other, "");
     }
@@ -316,7 +316,7 @@ TEST_F(DevicesOverTime, KeysDownWhenTheHoldBeginsAreReleasedAndTheKeyboardTakenA
     consumer->key(KEY_MUTE, 1);
     loop.settle();
     EXPECT_EQ(withoutRepeats(clone), (Events{{EV_KEY, KEY_MUTE, 1}}));
-    ASSERT_TRUE(layer->hold());
+    ASSERT_TRUE(hold());
     EXPECT_FALSE(desktop.tryGrab()) << "the keyboard stayed live while a key was down";
     EXPECT_EQ(withoutRepeats(clone), (Events{{EV_KEY, KEY_MUTE, 0}}));
     EXPECT_EQ(withoutRepeats(desktop), (Events{{EV_KEY, KEY_A, 1}, {EV_KEY, KEY_A, 0}}));
@@ -369,7 +369,7 @@ TEST_F(DevicesOverTime, AnOverflowLeavesNoTouchOnTheClone) {
     recipe.props = {INPUT_PROP_DIRECT};
     auto pad = VirtualDevice::plug(recipe);
     start();
-    ASSERT_TRUE(layer->create(&invert, nullptr) && layer->hold());
+    ASSERT_TRUE(layer->create(&invert, nullptr) && hold());
     NodeReader clone(cloneOf(*pad, recipe.name));
     std::array<std::int32_t, 3> ids{ABS_MT_TRACKING_ID}; // the code, then slot 0's, slot 1's
     const auto touchInSlot1 = [&] {
@@ -404,7 +404,7 @@ TEST_F(DevicesOverTime, AfterEachResumeEveryDeviceIsTakenAgainWithOneClone) {
             if (hidden) {
                 ::rename("/run/udev/x", "/run/udev/control");
             }
-            ASSERT_TRUE(layer->create(&invert, nullptr) && layer->hold());
+            ASSERT_TRUE(layer->create(&invert, nullptr) && hold());
         }
         mouse.reset(), keyboard.reset();
         if ((variant & 1) == 0) {

@@ -125,9 +125,14 @@ ServiceClient::~ServiceClient() {
 }
 
 std::string ServiceClient::call(Call member) {
-    if (::write(commands, &member, 1) != 1) {
-        return "no client";
-    }
+    return send(member) ? answer() : "no client";
+}
+
+bool ServiceClient::send(Call member) {
+    return ::write(commands, &member, 1) == 1;
+}
+
+std::string ServiceClient::answer() {
     std::string line;
     pollfd ready{outcomes, POLLIN, 0};
     for (char c = 0; c != '\n'; line += c) {

@@ -34,6 +34,9 @@ public:
     // "" when the service answered, else the error's name ("no answer" after 30 s: a hold
     // of many keyboards under emulation takes seconds).
     std::string call(Call member);
+    // The same in two steps, for what the test does while the call is under way.
+    bool send(Call member);
+    std::string answer();
 
 private:
     pid_t child = -1;

@@ -4,7 +4,7 @@
 // node is opened for writing too where allowed, and the releases can be written to it first.
 #include "InputService/router/EvdevDevice.h"
 
-#include "InputService/router/BackgroundClose.h"
+#include "InputService/router/BackgroundWork.h"
 
 #include <libevdev/libevdev.h>
 

@@ -10,11 +10,13 @@
 #include <cerrno>
 #include <fcntl.h>
 #include <unistd.h>
+#include <utility>
 
 namespace tolvane::oslinux {
 
 InputRouter::InputRouter(EventLoop& loop, std::string deviceRoot, LogLine log)
     : loop(loop), root(std::move(deviceRoot)), log(std::move(log)) {
+    loop.watchReadable(madeClones->wakeFd(), [this] { takeMadeClones(); });
     // The node watch runs before the first scan, or a device plugged in between the two is
     // never seen; a node reported twice is harmless, as what is known is ignored.
     NodeCallbacks callbacks{[this](const std::string& node) { nodeAppeared(node); },
@@ -27,6 +29,7 @@ InputRouter::InputRouter(EventLoop& loop, std::string deviceRoot, LogLine log)
 }
 
 InputRouter::~InputRouter() {
+    loop.unwatch(madeClones->wakeFd());
     nodeWatch.reset();
     for (auto& [node, entry] : known) {
         entry.routed.reset();
@@ -54,9 +57,10 @@ void InputRouter::nodeAppeared(const std::string& node) {
         if (errno == ENOENT || errno == ENODEV || errno == ENXIO) {
             known.erase(node);
         }
-        return;
+    } else {
+        applyRoles(node, entry);
     }
-    applyRoles(node, entry);
+    finishHoldIfDone();
 }
 
 void InputRouter::nodeVanished(const std::string& node) {
@@ -67,6 +71,7 @@ void InputRouter::nodeVanished(const std::string& node) {
         (found->second.identity.empty() ||
          sysfsIdentity(pathOf(node)) != std::optional(found->second.identity))) {
         drop(node);
+        finishHoldIfDone();
     }
 }
 
@@ -77,12 +82,14 @@ void InputRouter::drop(const std::string& node) {
     }
     found->second.routed.reset();
     known.erase(found);
+    heldOrLeftOut(node, Outcome::failed);
 }
 
 void InputRouter::reconcile() {
     reconcileNodes(
         root, known, [this](const std::string& node) { drop(node); },
         [this](const std::string& node) { nodeAppeared(node); });
+    finishHoldIfDone();
 }
 
 bool InputRouter::learn(const std::string& node, Known& entry) {
@@ -144,6 +151,7 @@ bool InputRouter::create(FrameAssembler::Filter wheelFilter, void* context) {
             return false;
         }
     }
+    finishHoldIfDone();
     return true;
 }
 
@@ -156,38 +164,72 @@ void InputRouter::stopTap() {
             applyRoles(node, entry);
         }
     }
+    finishHoldIfDone();
 }
 
-bool InputRouter::hold() {
+void InputRouter::hold(std::function<void(bool held)> done) {
     if (holding) {
-        return true;
+        if (!holdDone) {
+            done(true);
+            return;
+        }
+        holdDone = [first = std::move(holdDone), then = std::move(done)](bool held) {
+            first(held);
+            then(held);
+        };
+        return;
     }
     if (!allNodesReadable()) {
-        return false;
+        done(false);
+        return;
     }
     holding = true;
+    holdDone = std::move(done);
     // A keyboard another program holds is left to it, and one uinput will not clone is skipped;
     // the hold fails only when there were keyboards and none of them could be taken.
-    bool tried = false, taken = false;
+    holdTried = holdTaken = false;
     for (auto& [node, entry] : known) {
         if (takesKeys(entry)) {
-            tried = true;
-            taken = applyRoles(node, entry) == Outcome::done || taken;
+            holdTried = true;
+            const Outcome outcome = applyRoles(node, entry);
+            if (outcome == Outcome::ordered) {
+                holdWaitsFor.insert(node);
+            }
+            holdTaken = holdTaken || outcome == Outcome::done;
         }
     }
-    if (tried && !taken) {
-        release();
-    }
-    return taken || !tried;
+    finishHoldIfDone();
 }
 
 void InputRouter::release() {
     holding = false;
+    holdWaitsFor.clear();
     for (auto& [node, entry] : known) {
         if (takesKeys(entry)) {
             applyRoles(node, entry);
         }
     }
+    if (holdDone) {
+        std::exchange(holdDone, nullptr)(false);
+    }
+}
+
+void InputRouter::heldOrLeftOut(const std::string& node, Outcome outcome) {
+    if (holdWaitsFor.erase(node) > 0) {
+        holdTaken = holdTaken || outcome == Outcome::done;
+    }
+}
+
+void InputRouter::finishHoldIfDone() {
+    if (!holdDone || !holdWaitsFor.empty()) {
+        return;
+    }
+    const bool held = holdTaken || !holdTried;
+    auto done = std::exchange(holdDone, nullptr);
+    if (!held) {
+        release();
+    }
+    done(held);
 }
 
 bool InputRouter::takesWheel(const Known& entry) {

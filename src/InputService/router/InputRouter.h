@@ -1,5 +1,6 @@
 #pragma once
 
+#include "InputService/router/MadeClones.h"
 #include "InputService/router/RoutedDevice.h"
 #include "platform/linux/devices/EventLoop.h"
 #include "platform/linux/devices/NodeWatch.h"
@@ -8,6 +9,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -40,10 +42,12 @@ public:
     // Lets go of every wheel device the tap alone took.
     void stopTap();
 
-    // The keyboard hold. False, with nothing held, when a node cannot be opened or no keyboard
-    // can be taken; one another program holds, or uinput will not clone, is left out. A keyboard
-    // with a key down is taken as soon as its keys are up.
-    bool hold();
+    // The keyboard hold. `done` is told whether it stands once every keyboard is taken or left
+    // out: false, with nothing held, when a node cannot be opened or no keyboard can be taken;
+    // one another program holds, or uinput will not clone, is left out. A keyboard with a key
+    // down is taken as soon as its keys are up. A keyboard's clone is made off the loop, so
+    // `done` may come on a later turn; release() before then tells it false.
+    void hold(std::function<void(bool held)> done);
     void release();
 
     // The pointing devices present, clones left out.
@@ -56,9 +60,11 @@ private:
         DeviceProperties properties;
         bool pointer = false;
         std::unique_ptr<RoutedDevice> routed;
+        std::uint64_t ordered = 0; // while it is being opened and cloned off the loop
     };
-    // refused: another program holds the device; unclonable: uinput will not make its clone.
-    enum class Outcome { done, refused, unclonable, failed };
+    // refused: another program holds the device; unclonable: uinput will not make its clone;
+    // ordered: it is being opened and cloned off the loop.
+    enum class Outcome { done, refused, unclonable, failed, ordered };
 
     static bool takesWheel(const Known& entry);
     static bool takesKeys(const Known& entry);
@@ -67,7 +73,12 @@ private:
     bool learn(const std::string& node, Known& known);
     bool allNodesReadable();
     Outcome applyRoles(const std::string& node, Known& known);
+    Outcome settleRoles(Known& known);
     void onReadable(RoutedDevice& device);
+    void takeMadeClones();
+    // Counts a keyboard the hold waited for, and tells the hold's end once none is left.
+    void heldOrLeftOut(const std::string& node, Outcome outcome);
+    void finishHoldIfDone();
 
     EventLoop& loop;
     const std::string root;
@@ -77,7 +88,12 @@ private:
     FrameAssembler::Filter filter = nullptr;
     void* filterContext = nullptr;
     bool holding = false;
-    std::unique_ptr<NodeWatch> nodeWatch; // last: its callbacks reach everything above
+    std::function<void(bool)> holdDone; // until the hold has taken or left out every keyboard
+    std::set<std::string> holdWaitsFor; // the keyboards being opened and cloned for it
+    bool holdTried = false, holdTaken = false;
+    std::shared_ptr<MadeClones> madeClones = std::make_shared<MadeClones>();
+    std::map<std::uint64_t, std::string> ordered; // by order number, the node's name
+    std::unique_ptr<NodeWatch> nodeWatch;         // last: its callbacks reach everything above
 };
 
 } // namespace tolvane::oslinux

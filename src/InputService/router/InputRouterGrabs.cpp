@@ -1,7 +1,9 @@
-// Giving each device the roles that apply to it: its clone, its grab and its watch. The thing
+// Giving each device the roles that apply to it: its clone, its grab and its watch. The things
 // easy to get wrong: a device may only be taken while nothing on it is down (EVIOCGKEY), or
 // the desktop keeps that key or button pressed and repeats it; RoutedDevice watches a device
-// with something down until it is idle and takes it then.
+// with something down until it is idle and takes it then. A keyboard is opened and cloned off
+// the loop (MadeClones) and taken when it comes back, unless it went or was let go of
+// meanwhile; a wheel device at once, since the tap answers whether it works.
 #include "InputService/router/InputRouter.h"
 
 namespace tolvane::oslinux {
@@ -14,20 +16,41 @@ InputRouter::Outcome InputRouter::applyRoles(const std::string& node, Known& ent
     const bool keyRole = holding && takesKeys(entry);
     if (!entry.routed) {
         if (!wheelRole && !keyRole) {
+            entry.ordered = 0; // what is being opened for it is let go of when it comes
             return Outcome::done;
+        }
+        // A keyboard with a clone to make: the wheel need not wait for it.
+        if (!wheelRole && keyHoldFor(*entry.capabilities) != KeyHold::keysOnly) {
+            if (entry.ordered == 0) {
+                entry.ordered = MadeClones::order(madeClones, pathOf(node), root + "/uinput");
+                ordered[entry.ordered] = node;
+            }
+            return Outcome::ordered;
         }
         auto device = EvdevDevice::open(pathOf(node));
         if (!device) {
             return Outcome::failed;
         }
+        entry.ordered = 0;
         entry.routed = std::make_unique<RoutedDevice>(
             node, std::move(device), loop,
             [this](RoutedDevice& readable) { onReadable(readable); });
     }
     RoutedDevice& device = *entry.routed;
     device.setRoles(wheelRole, keyRole, filter, filterContext);
+    if (device.needsClone()) {
+        device.adoptClone(UinputClone::create(device.evdev().evdev(), root + "/uinput"));
+    }
+    const Outcome outcome = settleRoles(entry);
+    heldOrLeftOut(node, outcome);
+    return outcome;
+}
+
+// The roles of a device that has the clone they need, or never will.
+InputRouter::Outcome InputRouter::settleRoles(Known& entry) {
+    RoutedDevice& device = *entry.routed;
     Outcome outcome = Outcome::done;
-    if (!device.makeClone(root + "/uinput")) {
+    if (device.needsClone()) {
         if (log) {
             log("input device not taken, uinput will not clone it: " + device.capabilities().name);
         }
@@ -41,6 +64,36 @@ InputRouter::Outcome InputRouter::applyRoles(const std::string& node, Known& ent
     return outcome;
 }
 
+void InputRouter::takeMadeClones() {
+    for (MadeClones::Arrival& arrival : madeClones->take()) {
+        const auto order = ordered.find(arrival.number);
+        if (order == ordered.end()) {
+            continue;
+        }
+        const std::string node = std::move(order->second);
+        ordered.erase(order);
+        const auto found = known.find(node);
+        // The device may have gone, or been let go of, while it was opened.
+        if (found == known.end() || found->second.ordered != arrival.number) {
+            continue;
+        }
+        Known& entry = found->second;
+        entry.ordered = 0;
+        if (!arrival.device) {
+            heldOrLeftOut(node, Outcome::failed);
+            continue;
+        }
+        entry.routed = std::make_unique<RoutedDevice>(
+            node, std::move(arrival.device), loop,
+            [this](RoutedDevice& readable) { onReadable(readable); });
+        entry.routed->setRoles(tapping && takesWheel(entry), holding && takesKeys(entry), filter,
+                               filterContext);
+        entry.routed->adoptClone(std::move(arrival.clone));
+        applyRoles(node, entry);
+    }
+    finishHoldIfDone();
+}
+
 void InputRouter::onReadable(RoutedDevice& device) {
     // A copy, not a reference: dropping the device destroys the name with it.
     // NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
@@ -50,6 +103,7 @@ void InputRouter::onReadable(RoutedDevice& device) {
     } else if (device.state() == GrabState::waiting && !device.settle()) {
         known[node].routed.reset(); // destroys `device`
     }
+    finishHoldIfDone();
 }
 
 } // namespace tolvane::oslinux

@@ -38,18 +38,16 @@ void RoutedDevice::setRoles(bool wheel, bool keys, FrameAssembler::Filter filter
     frames.filterContext = context;
 }
 
-bool RoutedDevice::makeClone(const std::string& uinputPath) {
-    if (!wantsClone() || clone) {
-        return true;
+void RoutedDevice::adoptClone(std::unique_ptr<UinputClone> made) {
+    if (!made || !needsClone()) {
+        return;
     }
-    clone = UinputClone::create(device->evdev(), uinputPath);
+    clone = std::move(made);
     libevdev* source = device->evdev();
-    if (clone &&
-        (libevdev_has_event_type(source, EV_LED) || libevdev_has_event_type(source, EV_SND))) {
+    if (libevdev_has_event_type(source, EV_LED) || libevdev_has_event_type(source, EV_SND)) {
         // Only then: uinput echoes every EV_MSC written to a clone back to its maker too.
         clone->passOutputsTo(loop, device->fd());
     }
-    return clone != nullptr;
 }
 
 bool RoutedDevice::settle() {

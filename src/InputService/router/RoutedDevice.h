@@ -16,7 +16,7 @@ namespace tolvane::oslinux {
 // on to its clone through the wheel filter), taken for its keys (keys are dropped, the rest
 // goes on to its clone when it has one), or only watched until no key is down so it can be
 // taken without leaving a key pressed. Its grab follows grabStep(); the owner sets the roles,
-// has the clone made, then calls settle().
+// has the clone made and adopted, then calls settle().
 class RoutedDevice {
 public:
     static constexpr std::size_t batchCapacity = 128; // events per read()
@@ -35,8 +35,10 @@ public:
 
     // The roles; the filter applies to the wheel role's frames.
     void setRoles(bool wheel, bool keys, FrameAssembler::Filter filter, void* context);
-    // Makes the clone the roles need, if it is not there yet. False when uinput refuses.
-    bool makeClone(const std::string& uinputPath);
+    // Whether the roles want a clone it does not have yet.
+    bool needsClone() const { return wantsClone() && !clone; }
+    // Takes the clone made for it, if it still needs one (absent where uinput refused).
+    void adoptClone(std::unique_ptr<UinputClone> made);
     // Brings the grab, then the clone, in line with the roles. False when they want the device
     // and another program holds it; it is then loose.
     bool settle();

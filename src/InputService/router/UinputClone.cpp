@@ -11,7 +11,7 @@
 #include <libevdev/libevdev-uinput.h>
 #include <libevdev/libevdev.h>
 
-#include "InputService/router/BackgroundClose.h"
+#include "InputService/router/BackgroundWork.h"
 #include "TolvaneCore/DeviceRoles.h"
 
 #include <array>
@@ -48,7 +48,7 @@ UinputClone::~UinputClone() {
     if (outputLoop) {
         outputLoop->unwatch(uinputFd);
     }
-    closeInBackground([device = device, fd = uinputFd] {
+    runInBackground([device = device, fd = uinputFd] {
         libevdev_uinput_destroy(device);
         ::close(fd);
     });

@@ -1,8 +1,8 @@
-// One thread that only closes what is handed to it, in order. The thing easy to get wrong:
-// it must cost nothing while there is nothing to close, so it sleeps on a condition variable
-// and is started only by the first task; it is never stopped, so a device destroyed while
-// the process ends (a static, a test's teardown) still finds it there.
-#include "InputService/router/BackgroundClose.h"
+// One thread that runs what is handed to it, in order. The thing easy to get wrong: it must
+// cost nothing while there is nothing to do, so it sleeps on a condition variable and is
+// started only by the first task; it is never stopped, so a device destroyed while the process
+// ends (a static, a test's teardown) still finds it there.
+#include "InputService/router/BackgroundWork.h"
 
 #include <condition_variable>
 #include <deque>
@@ -16,7 +16,7 @@ namespace tolvane::oslinux {
 
 namespace {
 
-class Closer {
+class Worker {
 public:
     void add(std::function<void()> task) {
         {
@@ -57,23 +57,23 @@ private:
     bool started = false, busy = false;
 };
 
-Closer& closer() {
-    static auto* closer = new Closer; // never destroyed: its thread outlives every caller
-    return *closer;
+Worker& worker() {
+    static auto* worker = new Worker; // never destroyed: its thread outlives every caller
+    return *worker;
 }
 
 } // namespace
 
-void closeInBackground(std::function<void()> closing) {
-    closer().add(std::move(closing));
+void runInBackground(std::function<void()> task) {
+    worker().add(std::move(task));
 }
 
-void finishBackgroundClosing() {
-    closer().finish();
+void finishBackgroundWork() {
+    worker().finish();
 }
 
 void closeInBackground(int fd) {
-    closeInBackground([fd] { ::close(fd); });
+    runInBackground([fd] { ::close(fd); });
 }
 
 } // namespace tolvane::oslinux
