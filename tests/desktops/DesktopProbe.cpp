@@ -148,40 +148,29 @@ bool accessible(const QString& app) {
     return found;
 }
 
-// Mutter's remote desktop session; it ends when this program's connection does.
-class RemoteInput {
-public:
-    bool call(const QString& method, const QVariantList& args) {
-        if (session.isEmpty()) {
-            QDBusInterface desktop("org.gnome.Mutter.RemoteDesktop",
-                                   "/org/gnome/Mutter/RemoteDesktop",
-                                   "org.gnome.Mutter.RemoteDesktop", bus());
-            const QDBusReply<QDBusObjectPath> created = desktop.call("CreateSession");
-            if (!created.isValid()) {
-                return false;
-            }
-            session = created.value().path();
-            if (!sessionCall("Start", {})) {
-                return false;
-            }
+// A call in mutter's remote desktop session, made and started at the first call; it ends when
+// this program's connection does.
+bool input(const QString& method, const QVariantList& args) {
+    static QString session;
+    const QString desktop = "org.gnome.Mutter.RemoteDesktop";
+    if (session.isEmpty()) {
+        const QDBusReply<QDBusObjectPath> created =
+            QDBusInterface(desktop, "/org/gnome/Mutter/RemoteDesktop", desktop, bus())
+                .call("CreateSession");
+        session = created.isValid() ? created.value().path() : QString();
+        if (session.isEmpty() || !input("Start", {})) {
+            return false;
         }
-        return sessionCall(method, args);
     }
-
-private:
-    bool sessionCall(const QString& method, const QVariantList& args) {
-        QDBusInterface remote("org.gnome.Mutter.RemoteDesktop", session,
-                              "org.gnome.Mutter.RemoteDesktop.Session", bus());
-        const QDBusMessage reply = remote.callWithArgumentList(QDBus::Block, method, args);
-        if (reply.type() == QDBusMessage::ErrorMessage) {
-            std::fprintf(stderr, "%s: %s\n", qPrintable(method), qPrintable(reply.errorMessage()));
-        }
-        return reply.type() == QDBusMessage::ReplyMessage;
+    const QDBusMessage reply = QDBusInterface(desktop, session, desktop + ".Session", bus())
+                                   .callWithArgumentList(QDBus::Block, method, args);
+    if (reply.type() == QDBusMessage::ErrorMessage) {
+        std::fprintf(stderr, "%s: %s\n", qPrintable(method), qPrintable(reply.errorMessage()));
     }
-    QString session;
-};
+    return reply.type() == QDBusMessage::ReplyMessage;
+}
 
-bool run(RemoteInput& input, const QStringList& words) {
+bool run(const QStringList& words) {
     const QString& verb = words.value(0);
     if (verb == "items") {
         return items(words.mid(1).join(u' '));
@@ -197,21 +186,20 @@ bool run(RemoteInput& input, const QStringList& words) {
     }
     if (verb == "move" && words.size() == 3) {
         // From the top left corner, where any pointer stops, by the distance to the target.
-        return input.call("NotifyPointerMotionRelative", {-10000.0, -10000.0}) &&
-               input.call("NotifyPointerMotionRelative",
-                          {words[1].toDouble(), words[2].toDouble()});
+        return input("NotifyPointerMotionRelative", {-10000.0, -10000.0}) &&
+               input("NotifyPointerMotionRelative", {words[1].toDouble(), words[2].toDouble()});
     }
     if (verb == "click" && words.size() == 2) {
         const int button = words[1] == "3" ? tolvane::code::btnRight : tolvane::code::btnLeft;
-        return input.call("NotifyPointerButton", {button, true}) &&
-               input.call("NotifyPointerButton", {button, false});
+        return input("NotifyPointerButton", {button, true}) &&
+               input("NotifyPointerButton", {button, false});
     }
     if (verb == "key" && words.size() >= 2) {
         bool sent = true;
         for (qsizetype i = 1; i < 2 * words.size() - 1; ++i) {
             const bool press = i < words.size();
             const uint keysym = words[press ? i : 2 * words.size() - 1 - i].toUInt(nullptr, 0);
-            sent = sent && input.call("NotifyKeyboardKeysym", {keysym, press});
+            sent = sent && input("NotifyKeyboardKeysym", {keysym, press});
         }
         return sent;
     }
@@ -227,7 +215,6 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "probe: cannot own org.gnome.Screenshot\n");
         return 1;
     }
-    RemoteInput input;
     QSocketNotifier notifier(STDIN_FILENO, QSocketNotifier::Read);
     QByteArray pending;
     QObject::connect(&notifier, &QSocketNotifier::activated, &app, [&] {
@@ -240,7 +227,7 @@ int main(int argc, char** argv) {
         pending.append(chunk, got);
         for (qsizetype end; (end = pending.indexOf('\n')) >= 0; pending.remove(0, end + 1)) {
             const QStringList words = QString::fromUtf8(pending.left(end)).split(u' ');
-            answer(run(input, words) ? "ok" : "failed");
+            answer(run(words) ? "ok" : "failed");
         }
     });
     answer("ready");
