@@ -12,6 +12,7 @@
 #include <string>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 #include <vector>
 
 namespace tolvane::testing {
@@ -59,9 +60,7 @@ TEST(InotifyNodeWatchTest, AnnouncesEventNodesAsTheyComeChangeAndGo) {
     const auto settle = [&] {
         EXPECT_TRUE(QTest::qWaitFor([&] { return !seen.empty(); }));
         QCoreApplication::processEvents();
-        std::vector<std::string> got;
-        got.swap(seen);
-        return got;
+        return std::exchange(seen, {});
     };
 
     ASSERT_EQ(::mkdir(input.c_str(), 0755), 0); // the first input device makes the directory

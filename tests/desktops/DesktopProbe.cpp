@@ -36,9 +36,8 @@ void answer(const QString& line) {
 
 QVariant property(const QString& service, const QString& path, const QString& interface,
                   const QString& name, const QDBusConnection& connection = bus()) {
-    QDBusInterface properties(service, path, QStringLiteral("org.freedesktop.DBus.Properties"),
-                              connection);
-    const QDBusReply<QDBusVariant> reply = properties.call(QStringLiteral("Get"), interface, name);
+    QDBusInterface properties(service, path, "org.freedesktop.DBus.Properties", connection);
+    const QDBusReply<QDBusVariant> reply = properties.call("Get", interface, name);
     return reply.isValid() ? reply.value().variant() : QVariant();
 }
 
@@ -49,10 +48,9 @@ void listItems(const QDBusArgument& node, QList<std::pair<int, QString>>& out) {
     QVariantMap props;
     node.beginStructure();
     node >> id >> props;
-    if (id != 0 && props.value(QStringLiteral("enabled"), true).toBool() &&
-        props.value(QStringLiteral("visible"), true).toBool() &&
-        props.value(QStringLiteral("type")).toString() != QStringLiteral("separator")) {
-        out.append({id, props.value(QStringLiteral("label")).toString().remove(QLatin1Char('_'))});
+    if (id != 0 && props.value("enabled", true).toBool() && props.value("visible", true).toBool() &&
+        props.value("type").toString() != "separator") {
+        out.append({id, props.value("label").toString().remove(u'_')});
     }
     node.beginArray();
     while (!node.atEnd()) {
@@ -67,34 +65,31 @@ void listItems(const QDBusArgument& node, QList<std::pair<int, QString>>& out) {
 // Lists the last item's menu; with a label, clicks that entry as its host does. Fails where
 // no tray host watches for items, or the label is not there.
 bool items(const QString& choice) {
-    const QString watcher = QStringLiteral("org.kde.StatusNotifierWatcher");
-    const QVariant all = property(watcher, QStringLiteral("/StatusNotifierWatcher"), watcher,
-                                  QStringLiteral("RegisteredStatusNotifierItems"));
+    const QString watcher = "org.kde.StatusNotifierWatcher";
+    const QVariant all =
+        property(watcher, "/StatusNotifierWatcher", watcher, "RegisteredStatusNotifierItems");
     const QStringList registered = all.toStringList();
     if (registered.isEmpty()) {
         return all.isValid() && choice.isEmpty();
     }
     // "SERVICE/PATH" (GNOME's extension: "SERVICE@/PATH"), or "SERVICE" at the usual path.
     const QString item = registered.last();
-    const qsizetype slash = item.indexOf(QLatin1Char('/'));
-    const QString service = slash < 0 ? item : item.left(slash).remove(QLatin1Char('@'));
-    const QString itemPath = slash < 0 ? QStringLiteral("/StatusNotifierItem") : item.mid(slash);
-    const QString menuPath =
-        property(service, itemPath, QStringLiteral("org.kde.StatusNotifierItem"),
-                 QStringLiteral("Menu"))
-            .value<QDBusObjectPath>()
-            .path();
+    const qsizetype slash = item.indexOf(u'/');
+    const QString service = slash < 0 ? item : item.left(slash).remove(u'@');
+    const QString itemPath = slash < 0 ? "/StatusNotifierItem" : item.mid(slash);
+    const QString menuPath = property(service, itemPath, "org.kde.StatusNotifierItem", "Menu")
+                                 .value<QDBusObjectPath>()
+                                 .path();
     QList<std::pair<int, QString>> entries;
     if (!menuPath.isEmpty()) {
-        QDBusInterface menu(service, menuPath, QStringLiteral("com.canonical.dbusmenu"), bus());
-        const QDBusMessage reply = menu.call(QStringLiteral("GetLayout"), 0, -1, QStringList());
+        QDBusInterface menu(service, menuPath, "com.canonical.dbusmenu", bus());
+        const QDBusMessage reply = menu.call("GetLayout", 0, -1, QStringList());
         if (reply.type() == QDBusMessage::ReplyMessage && reply.arguments().size() == 2) {
             listItems(reply.arguments().at(1).value<QDBusArgument>(), entries);
         }
         for (const auto& [id, label] : entries) {
             if (label == choice) {
-                menu.call(QStringLiteral("Event"), id, QStringLiteral("clicked"),
-                          QVariant::fromValue(QDBusVariant(0)), 0u);
+                menu.call("Event", id, "clicked", QVariant::fromValue(QDBusVariant(0)), 0u);
                 return true;
             }
         }
@@ -122,14 +117,12 @@ QList<std::pair<QString, QString>> childrenOf(const QDBusMessage& reply) {
 // The AT-SPI tree below an element (bus name, object path) on the accessibility bus, printed.
 void printAccessible(const QDBusConnection& a11y, const QString& name, const QString& path,
                      int depth) {
-    const QString interface = QStringLiteral("org.a11y.atspi.Accessible");
+    const QString interface = "org.a11y.atspi.Accessible";
     QDBusInterface element(name, path, interface, a11y);
-    const QDBusReply<QString> role = element.call(QStringLiteral("GetRoleName"));
-    const QString label = property(name, path, interface, QStringLiteral("Name"), a11y).toString();
-    answer(QString(QLatin1Char('>')).repeated(depth) +
-           QStringLiteral(" %1 \"%2\"").arg(role.value(), label));
-    for (const auto& [childName, childPath] :
-         childrenOf(element.call(QStringLiteral("GetChildren")))) {
+    const QDBusReply<QString> role = element.call("GetRoleName");
+    const QString label = property(name, path, interface, "Name", a11y).toString();
+    answer(QString(u'>').repeated(depth) + QString(" %1 \"%2\"").arg(role.value(), label));
+    for (const auto& [childName, childPath] : childrenOf(element.call("GetChildren"))) {
         printAccessible(a11y, childName, childPath, depth + 1);
     }
 }
@@ -137,18 +130,15 @@ void printAccessible(const QDBusConnection& a11y, const QString& name, const QSt
 // The program named `app` among those the AT-SPI registry knows, printed; false if absent.
 bool accessible(const QString& app) {
     const QDBusReply<QString> address =
-        QDBusInterface(QStringLiteral("org.a11y.Bus"), QStringLiteral("/org/a11y/bus"),
-                       QStringLiteral("org.a11y.Bus"), bus())
-            .call(QStringLiteral("GetAddress"));
-    QDBusConnection a11y = QDBusConnection::connectToBus(address.value(), QStringLiteral("a11y"));
-    const QDBusMessage apps = QDBusInterface(QStringLiteral("org.a11y.atspi.Registry"),
-                                             QStringLiteral("/org/a11y/atspi/accessible/root"),
-                                             QStringLiteral("org.a11y.atspi.Accessible"), a11y)
-                                  .call(QStringLiteral("GetChildren"));
+        QDBusInterface("org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", bus()).call("GetAddress");
+    QDBusConnection a11y = QDBusConnection::connectToBus(address.value(), "a11y");
+    const QDBusMessage apps =
+        QDBusInterface("org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root",
+                       "org.a11y.atspi.Accessible", a11y)
+            .call("GetChildren");
     bool found = false;
     for (const auto& [name, path] : childrenOf(apps)) {
-        if (property(name, path, QStringLiteral("org.a11y.atspi.Accessible"),
-                     QStringLiteral("Name"), a11y)
+        if (property(name, path, "org.a11y.atspi.Accessible", "Name", a11y)
                 .toString()
                 .compare(app, Qt::CaseInsensitive) == 0) {
             found = true;
@@ -158,73 +148,58 @@ bool accessible(const QString& app) {
     return found;
 }
 
-// Mutter's remote desktop session; it ends when this program's connection does.
-class RemoteInput {
-public:
-    bool call(const QString& method, const QVariantList& args) {
-        if (session.isEmpty()) {
-            QDBusInterface desktop(QStringLiteral("org.gnome.Mutter.RemoteDesktop"),
-                                   QStringLiteral("/org/gnome/Mutter/RemoteDesktop"),
-                                   QStringLiteral("org.gnome.Mutter.RemoteDesktop"), bus());
-            const QDBusReply<QDBusObjectPath> created =
-                desktop.call(QStringLiteral("CreateSession"));
-            if (!created.isValid()) {
-                return false;
-            }
-            session = created.value().path();
-            if (!sessionCall(QStringLiteral("Start"), {})) {
-                return false;
-            }
+// A call in mutter's remote desktop session, made and started at the first call; it ends when
+// this program's connection does.
+bool input(const QString& method, const QVariantList& args) {
+    static QString session;
+    const QString desktop = "org.gnome.Mutter.RemoteDesktop";
+    if (session.isEmpty()) {
+        const QDBusReply<QDBusObjectPath> created =
+            QDBusInterface(desktop, "/org/gnome/Mutter/RemoteDesktop", desktop, bus())
+                .call("CreateSession");
+        session = created.isValid() ? created.value().path() : QString();
+        if (session.isEmpty() || !input("Start", {})) {
+            return false;
         }
-        return sessionCall(method, args);
     }
-
-private:
-    bool sessionCall(const QString& method, const QVariantList& args) {
-        QDBusInterface remote(QStringLiteral("org.gnome.Mutter.RemoteDesktop"), session,
-                              QStringLiteral("org.gnome.Mutter.RemoteDesktop.Session"), bus());
-        const QDBusMessage reply = remote.callWithArgumentList(QDBus::Block, method, args);
-        if (reply.type() == QDBusMessage::ErrorMessage) {
-            std::fprintf(stderr, "%s: %s\n", qPrintable(method), qPrintable(reply.errorMessage()));
-        }
-        return reply.type() == QDBusMessage::ReplyMessage;
+    const QDBusMessage reply = QDBusInterface(desktop, session, desktop + ".Session", bus())
+                                   .callWithArgumentList(QDBus::Block, method, args);
+    if (reply.type() == QDBusMessage::ErrorMessage) {
+        std::fprintf(stderr, "%s: %s\n", qPrintable(method), qPrintable(reply.errorMessage()));
     }
-    QString session;
-};
+    return reply.type() == QDBusMessage::ReplyMessage;
+}
 
-bool run(RemoteInput& input, const QStringList& words) {
+bool run(const QStringList& words) {
     const QString& verb = words.value(0);
-    if (verb == QStringLiteral("items")) {
-        return items(words.mid(1).join(QLatin1Char(' ')));
+    if (verb == "items") {
+        return items(words.mid(1).join(u' '));
     }
-    if (verb == QStringLiteral("accessible") && words.size() == 2) {
+    if (verb == "accessible" && words.size() == 2) {
         return accessible(words[1]);
     }
-    if (verb == QStringLiteral("shot") && words.size() == 2) {
-        QDBusInterface shell(QStringLiteral("org.gnome.Shell.Screenshot"),
-                             QStringLiteral("/org/gnome/Shell/Screenshot"),
-                             QStringLiteral("org.gnome.Shell.Screenshot"), bus());
-        const QDBusMessage reply = shell.call(QStringLiteral("Screenshot"), false, false, words[1]);
+    if (verb == "shot" && words.size() == 2) {
+        QDBusInterface shell("org.gnome.Shell.Screenshot", "/org/gnome/Shell/Screenshot",
+                             "org.gnome.Shell.Screenshot", bus());
+        const QDBusMessage reply = shell.call("Screenshot", false, false, words[1]);
         return reply.type() == QDBusMessage::ReplyMessage && reply.arguments().value(0).toBool();
     }
-    if (verb == QStringLiteral("move") && words.size() == 3) {
+    if (verb == "move" && words.size() == 3) {
         // From the top left corner, where any pointer stops, by the distance to the target.
-        return input.call(QStringLiteral("NotifyPointerMotionRelative"), {-10000.0, -10000.0}) &&
-               input.call(QStringLiteral("NotifyPointerMotionRelative"),
-                          {words[1].toDouble(), words[2].toDouble()});
+        return input("NotifyPointerMotionRelative", {-10000.0, -10000.0}) &&
+               input("NotifyPointerMotionRelative", {words[1].toDouble(), words[2].toDouble()});
     }
-    if (verb == QStringLiteral("click") && words.size() == 2) {
-        const int button =
-            words[1] == QStringLiteral("3") ? tolvane::code::btnRight : tolvane::code::btnLeft;
-        return input.call(QStringLiteral("NotifyPointerButton"), {button, true}) &&
-               input.call(QStringLiteral("NotifyPointerButton"), {button, false});
+    if (verb == "click" && words.size() == 2) {
+        const int button = words[1] == "3" ? tolvane::code::btnRight : tolvane::code::btnLeft;
+        return input("NotifyPointerButton", {button, true}) &&
+               input("NotifyPointerButton", {button, false});
     }
-    if (verb == QStringLiteral("key") && words.size() >= 2) {
+    if (verb == "key" && words.size() >= 2) {
         bool sent = true;
         for (qsizetype i = 1; i < 2 * words.size() - 1; ++i) {
             const bool press = i < words.size();
             const uint keysym = words[press ? i : 2 * words.size() - 1 - i].toUInt(nullptr, 0);
-            sent = sent && input.call(QStringLiteral("NotifyKeyboardKeysym"), {keysym, press});
+            sent = sent && input("NotifyKeyboardKeysym", {keysym, press});
         }
         return sent;
     }
@@ -235,12 +210,11 @@ bool run(RemoteInput& input, const QStringList& words) {
 
 int main(int argc, char** argv) {
     QCoreApplication app(argc, argv);
-    if (app.arguments().contains(QStringLiteral("--screenshot-name")) &&
-        !bus().registerService(QStringLiteral("org.gnome.Screenshot"))) {
+    if (app.arguments().contains("--screenshot-name") &&
+        !bus().registerService("org.gnome.Screenshot")) {
         std::fprintf(stderr, "probe: cannot own org.gnome.Screenshot\n");
         return 1;
     }
-    RemoteInput input;
     QSocketNotifier notifier(STDIN_FILENO, QSocketNotifier::Read);
     QByteArray pending;
     QObject::connect(&notifier, &QSocketNotifier::activated, &app, [&] {
@@ -252,10 +226,10 @@ int main(int argc, char** argv) {
         }
         pending.append(chunk, got);
         for (qsizetype end; (end = pending.indexOf('\n')) >= 0; pending.remove(0, end + 1)) {
-            const QStringList words = QString::fromUtf8(pending.left(end)).split(QLatin1Char(' '));
-            answer(run(input, words) ? QStringLiteral("ok") : QStringLiteral("failed"));
+            const QStringList words = QString::fromUtf8(pending.left(end)).split(u' ');
+            answer(run(words) ? "ok" : "failed");
         }
     });
-    answer(QStringLiteral("ready"));
+    answer("ready");
     return QCoreApplication::exec();
 }

@@ -1,17 +1,12 @@
 #!/bin/bash
 # The real tolvane binary on a real desktop shell, started headless in a session of its own
-# (session-lib.sh): Xvfb or mutter's headless Wayland back end, a D-Bus session, an empty
-# system bus, a temporary HOME. It checks what a new user meets: the tray icon stands out from
-# its panel, every click opens Tolvane's menu in the form this desktop gets, a choice there is
-# stored and logged, starting Tolvane again opens the menu of the one that runs, Ctrl+T there
-# switches the mode (and the icon's colour), and Quit ends it.
+# (session-lib.sh), doing what a new user does; each step says what it checks.
 #
 #   run-desktop.sh DESKTOP TOLVANE PROBE SCREENSHOT_DIR
 #
-# DESKTOP is trayer (a bare XEmbed tray, no window manager), gnome-appindicator (X11 with the
-# AppIndicator extension), gnome (X11, no tray), gnome-wayland (with the extension), xfce or
-# plasma; PROBE is tolvane_desktop_probe. Screenshots and logs of a failed run stay in
-# SCREENSHOT_DIR, of every run with TOLVANE_KEEP_SCREENSHOTS=1.
+# DESKTOP is one of the case below (CMakeLists.txt says what each is); PROBE is
+# tolvane_desktop_probe. Screenshots and logs of a failed run stay in SCREENSHOT_DIR, of every
+# run with TOLVANE_KEEP_SCREENSHOTS=1.
 set -euo pipefail
 desktop=$1 tolvane=$2 probe=$3 shots=$4
 here=$(cd "$(dirname "$0")" && pwd)

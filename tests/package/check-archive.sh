@@ -1,12 +1,7 @@
 #!/bin/bash
 # What the .deb holds, read with dpkg-deb and checked without installing it, where lintian
 # (package.lintian: owners, modes, stripping, copyright, maintainer scripts, library
-# dependencies) does not look: the files that name other files name ones in the package, the
-# desktop entry and AppStream metadata are well formed, systemd rates the service's sandbox at
-# an exposure of 1.5 or less, the program's command line answers without starting it, Depends
-# names polkitd, and the installed help page as Debian's chromium, headless, shows it: nothing
-# cut off, every image loaded, every link to a file or an anchor leads somewhere, and the
-# commands it gives name the packaged unit and bus name.
+# dependencies) does not look; each step says what it checks.
 #
 #   check-archive.sh BUILD_DIR WORK_DIR
 set -euo pipefail

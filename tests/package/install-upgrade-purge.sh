@@ -1,14 +1,9 @@
 #!/bin/bash
 # The package's life on a machine, in a throwaway root that dpkg --root installs into and
-# installed-view.sh lays over this machine: install, a first session, an upgrade over the files
-# that versions before the input service wrote, removal and purge. Install enables the service;
-# the upgrade deletes the old udev rule; purge must leave nothing in the root but dpkg's own
-# records, and the user's settings, log and autostart entry as they were.
-#
-# The session runs the installed Tolvane on Xvfb and trayer (tests/desktops/session-lib.sh)
-# inside installed-view.sh, with a stand-in for xdg-open first in PATH that writes down how it
-# was called. It starts the program named by the application list's entry, answers the input
-# access alert (no service answers there) with Open Help, switches Launch at login on and quits.
+# installed-view.sh lays over this machine: install, a first session, an upgrade, removal and
+# purge, each a step below. The session runs the installed Tolvane on Xvfb and trayer
+# (tests/desktops/session-lib.sh), with a stand-in for xdg-open first in PATH that writes down
+# how it was called; no input service answers there, so the access alert comes.
 #
 #   install-upgrade-purge.sh BUILD_DIR WORK_DIR
 set -euo pipefail

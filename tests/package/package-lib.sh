@@ -13,14 +13,8 @@ use_package() {
     mkdir -p "$work"
 }
 
-# The value of KEY in the [Desktop Entry] group of FILE; nothing when it is absent.
-desktop_value() {
-    awk -v key="$2" '
-        /^\[/ { group = $0; next }
-        group == "[Desktop Entry]" && index($0, key "=") == 1 {
-            print substr($0, length(key) + 2); exit
-        }' "$1"
-}
+# desktop_value FILE KEY: KEY's value in the [Desktop Entry] group of FILE; nothing if absent.
+desktop_value() { sed -n "/^\[Desktop Entry\]/,/^\[/{s/^$2=//;T;p;q}" "$1"; }
 
 # make_root ROOT: `root`, an empty throwaway root that dpkg --root can install into.
 make_root() {

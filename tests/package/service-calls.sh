@@ -3,9 +3,7 @@
 # machine, but started by hand (systemd is not PID 1 here) inside installed-view.sh, with a
 # fresh /run so that the bus has its usual socket and nothing reaches this machine's own. The
 # bus reads the package's policy, polkitd its action, and a rule in the throwaway root lets one
-# test user use the service: that user's call is answered, another user's is refused, and no
-# user but root may own the service's name. This machine has no input devices, so the answer
-# lists no mice.
+# test user use the service. This machine has no input devices, so the answer lists no mice.
 #
 #   service-calls.sh BUILD_DIR WORK_DIR
 set -euo pipefail

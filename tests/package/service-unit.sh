@@ -1,12 +1,10 @@
 #!/bin/bash
 # The packaged unit under systemd itself, sandbox and all: this machine's own system booted
 # read-only in a container (systemd-nspawn, a network of its own, a fresh /run) with the
-# package's /usr laid over its /usr and a polkit rule that allows root laid over its /etc. A
-# call activates the service through the bus (SystemdService=, the unit is not even enabled),
-# and it must answer from inside its sandbox, with no capability, no new privileges and its
-# system-call filter, and still be the same process after more than one watchdog period. The
-# devices' part of the sandbox (DevicePolicy=) a container's systemd may not apply, and the
-# container has no input devices: the service answers with no mice.
+# package's /usr laid over its /usr and a polkit rule that allows root laid over its /etc. The
+# unit is not even enabled: the bus activates it (SystemdService=). The devices' part of the
+# sandbox (DevicePolicy=) a container's systemd may not apply, and the container has no input
+# devices: the service answers with no mice.
 #
 #   service-unit.sh BUILD_DIR WORK_DIR
 set -euo pipefail

@@ -7,7 +7,6 @@
 #include <QDir>
 #include <QFile>
 #include <QMessageBox>
-#include <QTest>
 #include <QTimer>
 #include <QUuid>
 

@@ -81,11 +81,12 @@ inline std::vector<TableRow> readTable(const std::string& name, std::size_t colu
     return rows;
 }
 
-// The one cell of each row of table `name`: a list, as of a menu's items.
-inline std::vector<std::string> readLines(const std::string& name) {
+// Cell `column` of each row of table `name` of `columns` cells: a list, as of a menu's items.
+inline std::vector<std::string> readLines(const std::string& name, std::size_t column = 0,
+                                          std::size_t columns = 1) {
     std::vector<std::string> lines;
-    for (const TableRow& row : readTable(name, 1)) {
-        lines.push_back(row[0]);
+    for (const TableRow& row : readTable(name, columns)) {
+        lines.push_back(row[column]);
     }
     return lines;
 }
