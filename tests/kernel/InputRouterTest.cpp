@@ -270,6 +270,24 @@ TEST_F(DevicesOverTime, AfterLostAnnouncementsAReusedNodeNamesTheNewDevice) {
     expectWheelInverted(*mouse, usbMouse().name);
 }
 
+// A keyboard unplugged and another given its node's name, the hold asked for before the news
+// of either came: the hold takes the keyboard there now, and the late news lets go of nothing.
+TEST_F(DevicesOverTime, AHoldBeforeTheNewsOfAReusedNodeTakesTheKeyboardThereNow) {
+    auto first = VirtualDevice::plug(usbKeyboard("Tolvane Test First Keyboard"));
+    auto second = VirtualDevice::plug(usbKeyboard("Tolvane Test Second Keyboard"));
+    FakeDeviceRoot root;
+    root.linkUinput();
+    root.linkNode("event60", first->path());
+    start(root.path());
+    ::unlink((root.path() + "/input/event60").c_str());
+    root.linkNode("event60", second->path());
+    ASSERT_TRUE(hold()) << "the hold failed on the news of its keyboard's name";
+    loop.settle();
+    NodeReader keys(second->path());
+    EXPECT_FALSE(keys.tryGrab()) << "the keyboard there now is not held";
+    EXPECT_TRUE(NodeReader(first->path()).tryGrab()) << "the keyboard gone from there is held";
+}
+
 // The same with udevd: its announcements overran the monitor's socket while a mouse went,
 // keyboards came and another mouse after them.
 TEST_F(DevicesOverTime, AfterAnOverrunOfUdevsAnnouncementsWhatIsPresentIsTaken) {

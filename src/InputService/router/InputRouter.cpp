@@ -111,7 +111,11 @@ bool InputRouter::learn(const std::string& node, Known& entry) {
 
 bool InputRouter::allNodesReadable() {
     for (const std::string& node : listEventNodes(root)) {
-        if (known.count(node) == 0) {
+        // A name whose news has not come yet may be another device's by now: a keyboard
+        // unplugged and another plugged in while the announcements lag behind, under load.
+        const auto found = known.find(node);
+        if (found == known.end() || (!found->second.identity.empty() &&
+                                     sysfsIdentity(pathOf(node)) != found->second.identity)) {
             nodeAppeared(node);
         }
     }
