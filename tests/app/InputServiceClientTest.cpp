@@ -83,7 +83,8 @@ protected:
     QDBusConnection serviceBus{QString()}, clientBus{QString()};
 };
 
-// A refusal or no service at all leaves the tap and the hold unmade, and the app untrusted.
+// A refusal or no service at all leaves the tap and the hold unmade, and the app untrusted; a
+// hold refused (or answered too late) is let go of at once.
 TEST_F(InputServiceClientTest, AbsentOrRefusingServiceGivesNoTrustNoTapAndNoHold) {
     const struct {
         const char* what;
@@ -104,6 +105,8 @@ TEST_F(InputServiceClientTest, AbsentOrRefusingServiceGivesNoTrustNoTapAndNoHold
         EXPECT_EQ(client.isTrusted(), row.trusted);
         EXPECT_EQ(inverter.start(), row.tapped);
         EXPECT_FALSE(client.grab());
+        const auto released = [&] { return service.journal().back() == "ReleaseKeyboards"; };
+        EXPECT_TRUE(!row.registered || QTest::qWaitFor(released, 2000)) << "a late hold stands";
         serviceBus.registerService(serviceName);
         service.refuse(row.member, {});
     }

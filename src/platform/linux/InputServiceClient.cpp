@@ -86,6 +86,9 @@ void InputServiceClient::setInverting(bool inverting) {
 
 bool InputServiceClient::grab() {
     if (!callAndWait(serviceCall(QStringLiteral("HoldKeyboards"), {}))) {
+        // An answer that comes after the wait would leave the keyboards held for nothing until
+        // the keep-alive they never get runs out.
+        send(QStringLiteral("ReleaseKeyboards"));
         return false;
     }
     keepAlive.start();
