@@ -204,12 +204,14 @@ TEST_F(InputService, EachWayTheHoldingCallerFailsGivesTheKeysBackInTime) {
         ASSERT_EQ(caller->call(Call::invert), "");
         const auto asked = Clock::now();
         ASSERT_TRUE(caller->send(Call::hold));
-        if (row.keyboards > 1) { // the wheel is not kept waiting while the clones are made
+        // The wheel does not wait for the hold (seconds here): a few milliseconds, up to half a
+        // second in a sanitized build beside other tiers while the loop learns the new nodes.
+        if (row.keyboards > 1) {
             std::this_thread::sleep_for(300ms);
             const auto [value, ms] = wheelSeen(*mouse);
             figure("a wheel notch while 70 keyboards are being held", ms);
             EXPECT_EQ(value, -1);
-            EXPECT_LT(ms, 250);
+            EXPECT_LT(ms, 1000);
         }
         ASSERT_EQ(caller->answer(), "");
         if (row.keyboards > 1) {
