@@ -72,7 +72,10 @@ private:
     void drop(const std::string& node); // forgets the node's device, its grab and its clone
     bool learn(const std::string& node, Known& known);
     bool allNodesReadable();
-    Outcome applyRoles(const std::string& node, Known& known);
+    // `made`: the clone made off the loop for it, if any.
+    Outcome applyRoles(const std::string& node, Known& known,
+                       std::unique_ptr<UinputClone> made = nullptr);
+    void route(const std::string& node, Known& known, std::unique_ptr<EvdevDevice> device);
     Outcome settleRoles(Known& known);
     void onReadable(RoutedDevice& device);
     void takeMadeClones();
@@ -92,8 +95,7 @@ private:
     std::set<std::string> holdWaitsFor; // the keyboards being opened and cloned for it
     bool holdTried = false, holdTaken = false;
     std::shared_ptr<MadeClones> madeClones = std::make_shared<MadeClones>();
-    std::map<std::uint64_t, std::string> ordered; // by order number, the node's name
-    std::unique_ptr<NodeWatch> nodeWatch;         // last: its callbacks reach everything above
+    std::unique_ptr<NodeWatch> nodeWatch; // last: its callbacks reach everything above
 };
 
 } // namespace tolvane::oslinux

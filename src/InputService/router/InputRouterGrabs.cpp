@@ -8,7 +8,8 @@
 
 namespace tolvane::oslinux {
 
-InputRouter::Outcome InputRouter::applyRoles(const std::string& node, Known& entry) {
+InputRouter::Outcome InputRouter::applyRoles(const std::string& node, Known& entry,
+                                             std::unique_ptr<UinputClone> made) {
     if (!entry.capabilities) {
         return Outcome::done;
     }
@@ -22,8 +23,7 @@ InputRouter::Outcome InputRouter::applyRoles(const std::string& node, Known& ent
         // A keyboard with a clone to make: the wheel need not wait for it.
         if (!wheelRole && keyHoldFor(*entry.capabilities) != KeyHold::keysOnly) {
             if (entry.ordered == 0) {
-                entry.ordered = MadeClones::order(madeClones, pathOf(node), root + "/uinput");
-                ordered[entry.ordered] = node;
+                entry.ordered = MadeClones::order(madeClones, node, pathOf(node), root + "/uinput");
             }
             return Outcome::ordered;
         }
@@ -31,15 +31,13 @@ InputRouter::Outcome InputRouter::applyRoles(const std::string& node, Known& ent
         if (!device) {
             return Outcome::failed;
         }
-        entry.ordered = 0;
-        entry.routed = std::make_unique<RoutedDevice>(
-            node, std::move(device), loop,
-            [this](RoutedDevice& readable) { onReadable(readable); });
+        route(node, entry, std::move(device));
     }
     RoutedDevice& device = *entry.routed;
     device.setRoles(wheelRole, keyRole, filter, filterContext);
     if (device.needsClone()) {
-        device.adoptClone(UinputClone::create(device.evdev().evdev(), root + "/uinput"));
+        device.adoptClone(made ? std::move(made)
+                               : UinputClone::create(device.evdev().evdev(), root + "/uinput"));
     }
     const Outcome outcome = settleRoles(entry);
     heldOrLeftOut(node, outcome);
@@ -64,32 +62,27 @@ InputRouter::Outcome InputRouter::settleRoles(Known& entry) {
     return outcome;
 }
 
+void InputRouter::route(const std::string& node, Known& entry,
+                        std::unique_ptr<EvdevDevice> device) {
+    entry.ordered = 0;
+    entry.routed = std::make_unique<RoutedDevice>(
+        node, std::move(device), loop, [this](RoutedDevice& readable) { onReadable(readable); });
+}
+
 void InputRouter::takeMadeClones() {
     for (MadeClones::Arrival& arrival : madeClones->take()) {
-        const auto order = ordered.find(arrival.number);
-        if (order == ordered.end()) {
-            continue;
-        }
-        const std::string node = std::move(order->second);
-        ordered.erase(order);
-        const auto found = known.find(node);
+        const auto found = known.find(arrival.node);
         // The device may have gone, or been let go of, while it was opened.
         if (found == known.end() || found->second.ordered != arrival.number) {
             continue;
         }
-        Known& entry = found->second;
-        entry.ordered = 0;
         if (!arrival.device) {
-            heldOrLeftOut(node, Outcome::failed);
+            found->second.ordered = 0;
+            heldOrLeftOut(arrival.node, Outcome::failed);
             continue;
         }
-        entry.routed = std::make_unique<RoutedDevice>(
-            node, std::move(arrival.device), loop,
-            [this](RoutedDevice& readable) { onReadable(readable); });
-        entry.routed->setRoles(tapping && takesWheel(entry), holding && takesKeys(entry), filter,
-                               filterContext);
-        entry.routed->adoptClone(std::move(arrival.clone));
-        applyRoles(node, entry);
+        route(arrival.node, found->second, std::move(arrival.device));
+        applyRoles(arrival.node, found->second, std::move(arrival.clone));
     }
     finishHoldIfDone();
 }

@@ -22,11 +22,11 @@ MadeClones::~MadeClones() {
     }
 }
 
-std::uint64_t MadeClones::order(const std::shared_ptr<MadeClones>& to, const std::string& nodePath,
-                                const std::string& uinputPath) {
+std::uint64_t MadeClones::order(const std::shared_ptr<MadeClones>& to, const std::string& node,
+                                const std::string& nodePath, const std::string& uinputPath) {
     const std::uint64_t number = ++to->ordered;
-    runInBackground([to, number, nodePath, uinputPath] {
-        Arrival arrival{number, EvdevDevice::open(nodePath), nullptr};
+    runInBackground([to, number, node, nodePath, uinputPath] {
+        Arrival arrival{number, node, EvdevDevice::open(nodePath), nullptr};
         if (arrival.device) {
             arrival.clone = UinputClone::create(arrival.device->evdev(), uinputPath);
         }

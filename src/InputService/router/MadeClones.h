@@ -19,6 +19,7 @@ class MadeClones {
 public:
     struct Arrival {
         std::uint64_t number = 0;
+        std::string node;                    // the node's name, as the order gave it
         std::unique_ptr<EvdevDevice> device; // absent where the node could not be opened
         std::unique_ptr<UinputClone> clone;  // absent where uinput refused
     };
@@ -31,9 +32,9 @@ public:
     // Readable while arrivals wait to be taken.
     int wakeFd() const { return eventFd; }
 
-    // Has the node at nodePath opened and cloned in the background; returns the order's number.
-    static std::uint64_t order(const std::shared_ptr<MadeClones>& to, const std::string& nodePath,
-                               const std::string& uinputPath);
+    // Has `node` (at nodePath) opened and cloned in the background; returns the order's number.
+    static std::uint64_t order(const std::shared_ptr<MadeClones>& to, const std::string& node,
+                               const std::string& nodePath, const std::string& uinputPath);
 
     // On the loop: what has arrived so far, in order.
     std::vector<Arrival> take();
