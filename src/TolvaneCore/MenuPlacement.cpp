@@ -16,4 +16,17 @@ ScreenPoint menuPlacement(ScreenPoint anchor, int width, int height, ScreenArea 
     return {x, y};
 }
 
+EdgePlacement edgePlacement(ScreenPoint anchor, int width, int height, ScreenArea screen) {
+    const int toTop = anchor.y - screen.y;
+    const int toBottom = screen.y + screen.height - anchor.y;
+    const int toLeft = anchor.x - screen.x;
+    const int toRight = screen.x + screen.width - anchor.x;
+    const ScreenPoint at = menuPlacement(anchor, width, height, screen);
+    const int vertical = std::min(toTop, toBottom);
+    if (vertical <= std::min(toLeft, toRight)) {
+        return {toTop <= toBottom ? ScreenEdge::top : ScreenEdge::bottom, at.x - screen.x};
+    }
+    return {toLeft <= toRight ? ScreenEdge::left : ScreenEdge::right, at.y - screen.y};
+}
+
 } // namespace tolvane

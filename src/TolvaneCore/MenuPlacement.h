@@ -23,4 +23,19 @@ struct ScreenPoint {
 // lie inside the free area; a menu larger than the area keeps its top left corner inside it.
 ScreenPoint menuPlacement(ScreenPoint anchor, int width, int height, ScreenArea free);
 
+enum class ScreenEdge { top, bottom, left, right };
+
+// A menu that the compositor lays against an edge of the screen, clear of the panels there
+// (Wayland's layer shell): the edge and how far along it the menu starts, from the screen's
+// left for the top and bottom edges, from its top for the others.
+struct EdgePlacement {
+    ScreenEdge edge = ScreenEdge::top;
+    int along = 0;
+};
+
+// Where such a menu goes when it opens at `anchor` (the click on the tray icon) on `screen`:
+// against the edge nearest the anchor, taken to be the panel's (a tie goes to the top or
+// bottom), and along it where menuPlacement puts it on the whole screen.
+EdgePlacement edgePlacement(ScreenPoint anchor, int width, int height, ScreenArea screen);
+
 } // namespace tolvane

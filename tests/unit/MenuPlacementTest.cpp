@@ -20,5 +20,18 @@ TEST(MenuPlacement, OpensBesideThePanelInsideTheFreeArea) {
     }
 }
 
+TEST(MenuPlacement, LiesAgainstTheEdgeNearestTheClickWhereTheCompositorPlacesIt) {
+    const char* edges[] = {"top", "bottom", "left", "right"};
+    for (const testing::TableRow& row : testing::readTable("edge-placement.txt", 4)) {
+        std::istringstream cells(row[1]);
+        ScreenPoint anchor;
+        cells >> anchor.x >> anchor.y;
+        const EdgePlacement at = edgePlacement(anchor, 300, 500, {0, 0, 1280, 800});
+        EXPECT_EQ(std::string(edges[static_cast<int>(at.edge)]) + " " + std::to_string(at.along),
+                  row[2] + " " + row[3])
+            << row.where;
+    }
+}
+
 } // namespace
 } // namespace tolvane
