@@ -2,8 +2,10 @@
 // (XEmbed trays on X11) every click reaches it, and it pops the rich menu up at the pointer.
 // StatusNotifierItem hosts get the icon by name and the host-drawn menu over D-Bus; those that
 // send Activate on a click get the rich menu too. Under Wayland the program cannot know the
-// pointer, so there the rich menu is a panel window that the compositor places. With no tray
-// host at all, the rich menu comes as a window of its own.
+// pointer or place a window, so there the rich menu is a panel window: beside the panel where
+// the host said where it was clicked and the compositor lays windows against an edge, else
+// where the compositor puts it. With no tray host at all, the rich menu comes as a window of
+// its own.
 #include "Tolvane/tray/TrayHost.h"
 
 #include "Tolvane/look/BrandIcon.h"
@@ -11,7 +13,9 @@
 #include "Tolvane/menu/MenuRow.h"
 #include "Tolvane/menu/StatusMenu.h"
 #include "Tolvane/session/WaylandSession.h"
+#include "Tolvane/tray/HostClicks.h"
 #include "Tolvane/tray/MenuBesidePanel.h"
+#include "Tolvane/tray/PanelEdgeWindow.h"
 #include "Tolvane/tray/PanelInk.h"
 
 #include <QCursor>
@@ -52,6 +56,7 @@ TrayHost::~TrayHost() {
 // now and then; without one, the menu comes as a window once the wait is over.
 // StatusNotifierItem hosts that come or go later are told by the session bus.
 void TrayHost::start() {
+    HostClicks::watch();
     createIcon();
     hostPresent = hostAvailable();
     watchTrayHosts();
@@ -209,7 +214,8 @@ void TrayHost::hideMenuWindow() {
 }
 
 // The rich menu as a panel without frame that closes like a menu. A choice closes it, as it
-// closes a menu (a window is no popup, so Qt does not).
+// closes a menu (a window is no popup, so Qt does not). It goes beside the panel where the
+// compositor lets it, centred where it does not.
 void TrayHost::openPanelWindow() {
     if (raiseMenuWindow()) {
         return;
@@ -220,6 +226,9 @@ void TrayHost::openPanelWindow() {
     }
     menu->setWindowFlags(Qt::Window | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
     menu->closesOnDeactivation = true;
+    if (const std::optional<QPoint> click = HostClicks::last()) {
+        layBesidePanel(menu, *click);
+    }
     showCentred(menu);
 }
 
