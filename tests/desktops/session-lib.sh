@@ -5,8 +5,9 @@
 # `height`, and optionally `shots` (where a failed run's screenshots and logs go), then:
 #   [[ ${TOLVANE_INSIDE_SESSION:-} == 1 ]] || { run_in_session "$0" "$@"; exit; }
 #   enter_session
-# X11 is driven with xdotool; Wayland, GNOME Shell's only, with tolvane_desktop_probe
-# (start_probe). Tolvane has no input access in these sessions.
+# X11 is driven with xdotool, and so is KWin's Wayland session, which runs in a window of the
+# X server; GNOME Shell's Wayland with tolvane_desktop_probe (start_probe). Tolvane has no
+# input access in these sessions.
 
 # shellcheck source=../script-steps.sh
 source "$(dirname "${BASH_SOURCE[0]}")/../script-steps.sh"
@@ -182,7 +183,7 @@ changed() {
 # screen since the shot "closed"), or the host's menu as a change outside the panel
 # ($screen_area); sets menu_box "W H X Y".
 menu_shown() {
-    if [[ $1 == rich && $session == x11 ]]; then
+    if [[ $1 == rich && -z ${WAYLAND_DISPLAY:-} ]]; then
         menu_box=$(rich_window | cut -d' ' -f2-) && seen=$(now_ms)
     else
         shot now >/dev/null && seen=$(now_ms) &&
