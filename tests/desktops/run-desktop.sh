@@ -59,8 +59,9 @@ open_by_click() {
     [[ $2 != rich || $desktop == trayer ]] || ((y >= panel_y + panel_height || y + h <= panel_y)) ||
         fail "the rich menu ${w}x${h} at $x,$y covers the panel"
     # Under Wayland it is seen above the panel only: running over it, it would reach it; placed
-    # by the compositor, it would stand off it.
-    [[ $2 != rich || $desktop != plasma-wayland ]] || ((y + h < panel_y && y + h >= panel_y - 16)) ||
+    # by the compositor, it would stand off it. Only a build with LayerShellQt lays it there.
+    [[ $2 != rich || $desktop != plasma-wayland || -z ${TOLVANE_MENU_ON_EDGE:-} ]] ||
+        ((y + h < panel_y && y + h >= panel_y - 16)) ||
         fail "the rich menu ${w}x${h} at $x,$y is not just above the panel"
     if [[ $2 == host && ${3:-} == open ]]; then
         shot closed >/dev/null
@@ -129,8 +130,13 @@ start_desktop() {
         else
             # KWin's Wayland session in a window of the X server, which the X11 tools drive
             # and photograph; Plasma and Tolvane are its Wayland clients.
+            # Debian 12 gives kwin_wayland a capability that a container may not grant; through
+            # the loader it starts without, and then needs telling that it is KWin.
+            local kwin=(kwin_wayland)
+            kwin_wayland --help >/dev/null 2>&1 ||
+                kwin=(env KWIN_FORCE_OWN_QPA=1 /lib64/ld-linux-x86-64.so.2 "$(command -v kwin_wayland)")
             export WAYLAND_DISPLAY=tolvane-wayland QT_QPA_PLATFORM=wayland XDG_SESSION_TYPE=wayland
-            spawn kwin_wayland --x11-display "$DISPLAY" --width "$width" --height "$height" \
+            spawn "${kwin[@]}" --x11-display "$DISPLAY" --width "$width" --height "$height" \
                 --socket "$WAYLAND_DISPLAY" --no-lockscreen
             wait_for "KWin" test -S "$XDG_RUNTIME_DIR/$WAYLAND_DISPLAY"
         fi
