@@ -16,6 +16,7 @@
 #include <QWindow>
 
 #include <cstring>
+#include <utility>
 #include <wayland-client.h>
 
 namespace tolvane {
@@ -70,28 +71,24 @@ bool layBesidePanel(QWidget* window, QPoint click) {
     handle->setScreen(screen);
     using Layer = LayerShellQt::Window;
     Layer* layer = Layer::get(handle);
-    const bool across = at.edge == ScreenEdge::top || at.edge == ScreenEdge::bottom;
-    const Layer::Anchor edge = at.edge == ScreenEdge::top      ? Layer::AnchorTop
-                               : at.edge == ScreenEdge::bottom ? Layer::AnchorBottom
-                               : at.edge == ScreenEdge::left   ? Layer::AnchorLeft
-                                                               : Layer::AnchorRight;
-    layer->setAnchors(Layer::Anchors(edge) | (across ? Layer::AnchorLeft : Layer::AnchorTop));
+    // Against the panel's edge, and along it from the screen's left or top.
     const int along = clearance + at.along;
-    QMargins margins = across ? QMargins(along, 0, 0, 0) : QMargins(0, along, 0, 0);
-    switch (at.edge) {
-    case ScreenEdge::top:
-        margins.setTop(clearance);
-        break;
-    case ScreenEdge::bottom:
-        margins.setBottom(clearance);
-        break;
-    case ScreenEdge::left:
-        margins.setLeft(clearance);
-        break;
-    case ScreenEdge::right:
-        margins.setRight(clearance);
-        break;
-    }
+    const auto [anchors, margins] = [&]() -> std::pair<Layer::Anchors, QMargins> {
+        switch (at.edge) {
+        case ScreenEdge::top:
+            return {Layer::Anchors(Layer::AnchorTop) | Layer::AnchorLeft, {along, clearance, 0, 0}};
+        case ScreenEdge::bottom:
+            return {Layer::Anchors(Layer::AnchorBottom) | Layer::AnchorLeft,
+                    {along, 0, 0, clearance}};
+        case ScreenEdge::left:
+            return {Layer::Anchors(Layer::AnchorLeft) | Layer::AnchorTop, {clearance, along, 0, 0}};
+        case ScreenEdge::right:
+            return {Layer::Anchors(Layer::AnchorRight) | Layer::AnchorTop,
+                    {0, along, clearance, 0}};
+        }
+        return {};
+    }();
+    layer->setAnchors(anchors);
     layer->setMargins(margins);
     layer->setExclusiveZone(0);
     layer->setLayer(Layer::LayerTop);
