@@ -11,6 +11,7 @@
 #include <QMenu>
 #include <QPainter>
 #include <QTest>
+#include <QWidgetAction>
 
 #include <gtest/gtest.h>
 

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <systemd/sd-bus.h>
 
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <filesystem>
