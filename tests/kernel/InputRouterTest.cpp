@@ -158,12 +158,9 @@ TEST_F(DeviceRoles, ARefusedTapOrHoldLeavesNothingTaken) {
         VirtualDevice::plug({"Tolvane Test Refused Wheel", BUS_USB, {REL_WHEEL}, {}, {ABS_X}});
     for (const Case& c : cases) { // the unclonable row last: it spoils the refused wheel
         SCOPED_TRACE(c.what);
-        FakeDeviceRoot root;
+        FakeDeviceRoot root(c.uinput);
         for (const auto* device : {mouse.get(), keyboard.get(), second.get()}) {
             root.linkNode(device->node(), device->path());
-        }
-        if (c.uinput) {
-            root.linkUinput();
         }
         if (c.bogusNode) {
             root.linkNode("event999", "");
@@ -254,7 +251,6 @@ TEST_F(DevicesOverTime, AfterLostAnnouncementsAReusedNodeNamesTheNewDevice) {
     auto keyboard = VirtualDevice::plug(usbKeyboard());
     auto mouse = VirtualDevice::plug(usbMouse());
     FakeDeviceRoot root;
-    root.linkUinput();
     root.linkNode("event60", keyboard->path());
     std::ofstream("/proc/sys/fs/inotify/max_queued_events") << 4; // taken as the watch starts
     start(root.path());
@@ -263,7 +259,6 @@ TEST_F(DevicesOverTime, AfterLostAnnouncementsAReusedNodeNamesTheNewDevice) {
     for (const char* other : {"js0", "js1", "js2", "js3", "js4"}) {
         root.linkNode(other, "");
     }
-    ::unlink((root.path() + "/input/event60").c_str());
     root.linkNode("event60", mouse->path());
     ASSERT_TRUE(loop.turnUntil([&] { return pointerCount() == 1; })) << "the mouse not learned";
     EXPECT_TRUE(NodeReader(keyboard->path()).tryGrab()) << "the gone keyboard is still held";
@@ -276,10 +271,8 @@ TEST_F(DevicesOverTime, AHoldBeforeTheNewsOfAReusedNodeTakesTheKeyboardThereNow)
     auto first = VirtualDevice::plug(usbKeyboard("Tolvane Test First Keyboard"));
     auto second = VirtualDevice::plug(usbKeyboard("Tolvane Test Second Keyboard"));
     FakeDeviceRoot root;
-    root.linkUinput();
     root.linkNode("event60", first->path());
     start(root.path());
-    ::unlink((root.path() + "/input/event60").c_str());
     root.linkNode("event60", second->path());
     ASSERT_TRUE(hold()) << "the hold failed on the news of its keyboard's name";
     loop.settle();
