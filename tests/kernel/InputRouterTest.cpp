@@ -135,9 +135,8 @@ TEST_F(DeviceRoles, EachKindOfDeviceIsReportedInvertedAndHeldByWhatItCanSend) {
     expectDesktopSees(devices, &Row::frame, "released, not inverting");
 }
 
-// Every way the tap or the hold can be refused, and that a refusal leaves nothing taken. A
-// keyboard another program holds is left to it, and the hold takes the other one; a wheel
-// device uinput will not clone is left out of the tap.
+// Every way the tap or the hold can be refused leaves nothing taken; a device another program
+// holds, or that uinput will not clone, is left out and the rest is taken.
 TEST_F(DeviceRoles, ARefusedTapOrHoldLeavesNothingTaken) {
     struct Case {
         const char* what;
@@ -309,8 +308,7 @@ TEST_F(DevicesOverTime, AfterAnOverrunOfUdevsAnnouncementsWhatIsPresentIsTaken) 
     expectWheelInverted(*later, "Tolvane Test Later Mouse");
 }
 
-// Keys down when the hold begins: the keyboard is taken at once, the desktop sees the keys
-// released and never repeated.
+// The desktop sees the keys that were down released, and never repeated.
 TEST_F(DevicesOverTime, KeysDownWhenTheHoldBeginsAreReleasedAndTheKeyboardTakenAtOnce) {
     auto keyboard = VirtualDevice::plug(usbKeyboard());
     auto consumer = VirtualDevice::plug(consumerControl());
@@ -342,8 +340,7 @@ TEST_F(DevicesOverTime, KeysDownWhenTheHoldBeginsAreReleasedAndTheKeyboardTakenA
     EXPECT_TRUE(withoutSync(clone.readAll()).empty());
 }
 
-// A release lost in an overflow of the tap's queue must not leave the button down on the
-// clone, and no frame may come out of it mixed from before and after the loss.
+// A release lost in an overflow of the tap's queue; no frame may mix both sides of the loss.
 TEST_F(DevicesOverTime, AnOverflowLeavesNoButtonDownAndNoMixedFrame) {
     auto mouse = VirtualDevice::plug(usbMouse());
     start();
