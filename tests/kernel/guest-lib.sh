@@ -3,8 +3,7 @@
 # tier, the lock session and the wheel benchmark. Sourced, not run. The caller sets `work`
 # (its build folder) and `tier` (the word its failure lines name), then:
 #   prepare_guest; start_guest_root ROOT; add_dynamic / add_tree / add_x_session / add_udevd /
-#   add_system_bus;
-#   boot_guest ROOT MEMORY_MB SECONDS COMMANDS; guest_result
+#   add_system_bus; boot_guest ROOT MEMORY_MB SECONDS COMMANDS; guest_result
 # The guest makes its virtual devices itself, through uinput. The kernel (vmlinux, config,
 # evdev.ko, uinput.ko) is cached in $TOLVANE_KERNEL_CACHE (default ~/.cache/tolvane-kernel).
 cache=${TOLVANE_KERNEL_CACHE:-$HOME/.cache/tolvane-kernel}
