@@ -114,10 +114,8 @@ TEST_F(AppDelegateTest, AMouseArrivalIsLoggedThenAppliedAndShownInANewMenu) {
     open->hide();
 }
 
-// A trusted process whose tap fails asks for access as well, then polls: it waits while a modal
-// alert or a menu is open, retries quietly, and stops for good once the tap starts. (An
-// untrusted one's alert and both its answers are seen in the package tier's sessions of the
-// installed program.)
+// Even a trusted process asks for access when its tap fails. (An untrusted one's alert and both
+// its answers are seen in the package tier's sessions of the installed program.)
 TEST_F(AppDelegateTest, AFailedTapAsksForAccessThenPollsQuietlyOutsideModalsUntilItStarts) {
     fakes().scrollTap.available = false;
     const auto seen = answerAlert("Open Help");
@@ -165,8 +163,7 @@ TEST_F(AppDelegateTest, AFailedTapAsksForAccessThenPollsQuietlyOutsideModalsUnti
     EXPECT_NE(delegate->menu(), before);
 }
 
-// A shortcut closes the menu as a click does, then acts; each choice is applied and stored at
-// once, and the next menu shows its result.
+// A shortcut closes the menu as a click does, then acts; each choice is stored at once.
 TEST_F(AppDelegateTest, ItemsAndTheirShortcutsActAndTheNextMenuShowsTheResult) {
     launch(true);
     recorder().clear();

@@ -83,8 +83,7 @@ protected:
     QDBusConnection serviceBus{QString()}, clientBus{QString()};
 };
 
-// A refusal or no service at all leaves the tap and the hold unmade, and the app untrusted; a
-// hold refused (or answered too late) is let go of at once.
+// A hold refused, or answered too late, is let go of at once.
 TEST_F(InputServiceClientTest, AbsentOrRefusingServiceGivesNoTrustNoTapAndNoHold) {
     const struct {
         const char* what;

@@ -110,8 +110,7 @@ protected:
     std::unique_ptr<KeyboardLock> lock;
 };
 
-// A refused grab logs, returns false and shows nothing, each time; a granted one covers the
-// screen and tells once however often it is asked.
+// A refused grab logs each time; a granted one tells once however often it is asked.
 TEST_F(LockTest, LockGrabsCoversTheScreenLogsAndTellsOnceAndUnlockUndoesIt) {
     fakes().keyboard.grantable = false;
     EXPECT_FALSE(lock->lock());
@@ -144,8 +143,7 @@ TEST_F(LockTest, LockGrabsCoversTheScreenLogsAndTellsOnceAndUnlockUndoesIt) {
     EXPECT_EQ(overlayWindows(true).size(), 1);
 }
 
-// Each screen has its overlay, whose button unlocks all; a screen that comes, goes or changes
-// size while locked gets, loses or resizes its own, without a log line or a change told.
+// A screen that comes, goes or changes size while locked needs no log line or change told.
 TEST_F(LockTest, OverlaysFollowTheScreensWhileLockedAndAnyButtonUnlocksAll) {
     ASSERT_TRUE(setOffscreenScreens({{QString(), mainScreen}, {"other", {0, 800, 640, 480}}}));
     settle();

@@ -109,10 +109,8 @@ std::pair<sockaddr_un, socklen_t> instanceAddress(const std::string& folder, int
     return {address, socklen_t(offsetof(sockaddr_un, sun_path) + 1 + name.size())};
 }
 
-// The lock lies only in folders that no one else can write, never reached through a symlink,
-// and two starts meet whatever their first folder: the second is refused and its request
-// reaches the first. Neither twenty silent connections nor a name bound by someone else who
-// never listens holds a start or the running one up.
+// The lock lies only in folders that no one else can write, never reached through a symlink.
+// The squatter binds the first abstract name and never listens.
 TEST(SingleInstance, TwoStartsAlwaysMeetAndNothingLocalHoldsThemUp) {
     using Lock = oslinux::SingleInstanceLock;
     QTemporaryDir base;

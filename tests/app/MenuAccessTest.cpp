@@ -63,8 +63,7 @@ TEST_F(MenuAccess, ScreenReadersReadEveryRowTheGaugesAndTheOverlay) {
     EXPECT_EQ(describe(&overlay), readLines("overlay-accessible.txt"));
 }
 
-// The arrows land only on items that act, the clean row among them with its card lit, and
-// Enter there starts the cleaning as a click does; without access the row is passed over.
+// The clean row's card is lit where the arrows land on it; without access it is passed over.
 TEST_F(MenuAccess, ArrowsLandOnItemsThatActAndEnterOnTheCleanRowStartsCleaning) {
     fakes().access.trusted = false;
     launch(true);

@@ -11,6 +11,7 @@
 #include <QMenu>
 #include <QPainter>
 #include <QTest>
+#include <QWidgetAction>
 
 #include <gtest/gtest.h>
 
@@ -20,8 +21,7 @@
 namespace tolvane::testing {
 namespace {
 
-// Every row is 300 wide, no lower than the caption, with its ink readable on a light and a
-// dark panel and inside its edges: nothing runs out of the row.
+// No row is lower than the caption, and nothing runs out of one on a light or a dark panel.
 TEST(MenuRows, AreThreeHundredWideWithReadableInkInsideTheirEdges) {
     FakePlatform fakes;
     SystemStats stats(fakes.host);
@@ -54,8 +54,7 @@ QRect changedArea(const QImage& a, const QImage& b) {
     return area;
 }
 
-// The pill follows the mouse and the subtitle the mode, each in a place of its own: the
-// subtitle never runs into the pill after it.
+// The pill follows the mouse and the subtitle the mode, which never runs into the pill after it.
 TEST(MenuRows, TheHeaderShowsTheMouseAndTheModeSideBySide) {
     HeaderView none(false, false), mouse(false, true), reversed(true, false);
     const QImage plain = renderOnPanel(none, panel(false));
@@ -65,8 +64,7 @@ TEST(MenuRows, TheHeaderShowsTheMouseAndTheModeSideBySide) {
     EXPECT_GT(pill.left(), subtitle.right());
 }
 
-// Only the card, not the margin around it, lights up under the mouse and takes a completed
-// left click, and only when the row is enabled.
+// Only the card, not the margin around it, lights up under the mouse and takes a completed click.
 TEST(MenuRows, TheCleanRowsCardAloneReactsAndOnlyWhenEnabled) {
     CleanKeyboardRow off(false, {});
     const QImage offImage = renderOnPanel(off, panel(false));
@@ -141,8 +139,7 @@ TEST_F(RingGaugeTest, TheArcStartsAtTwelveAndCoversItsShareClockwise) {
     }
 }
 
-// The three gauges keep colours of their own below ninety percent and share the red warning
-// colours from there on.
+// Below ninety percent each gauge keeps colours of its own.
 TEST_F(RingGaugeTest, EveryGaugeTurnsToTheWarningColoursFromNinetyPercentOn) {
     for (double degrees : {20.0, 160.0, 300.0}) {
         SCOPED_TRACE(degrees);
@@ -190,9 +187,8 @@ TEST_F(RingGaugeTest, ThePercentageAndDetailKeepTheirPlaceAsTheirDigitsChange) {
     EXPECT_EQ(detailEnds.size(), 1u);
 }
 
-// The ease is driven through its clock, at several spacings of its frames, with no waiting.
-// Each frame, as the window shows it, is what a whole repaint draws: no stale or missing piece
-// of the ring.
+// The ease is driven through its clock, at several spacings of its frames, with no waiting; a
+// frame as the window shows it must be what a whole repaint draws.
 TEST_F(RingGaugeTest, AVisibleMoveEasesInFramesForItsLengthEachShowingTheWholeRing) {
     QMenu menu;
     auto* view = new StatsView(stats);

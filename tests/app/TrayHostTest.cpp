@@ -80,11 +80,8 @@ TEST_F(TrayHostTest, ItemsTextsOrderAndShortcutsFollowTheStateAndAccessInBothFor
     EXPECT_NE(told->find("\n/usr/share/tolvane/help/input-access.html\n"), std::string::npos);
 }
 
-// A click on the tray icon opens the menu, a middle click nothing. The panel window that
-// "Open Tolvane" brings is never doubled and closes on Escape, when another window takes the
-// focus, and when a click on the clean row alone starts the keyboard cleaning, which locks after
-// a delay. The sampler runs only while a menu or the panel window shows; its repeating timer is
-// fired by hand, with no waiting for its interval.
+// The panel window that "Open Tolvane" brings is never doubled and closes as a menu does, on a
+// click on the clean row alone. The sampler's repeating timer is fired by hand, with no waiting.
 TEST_F(TrayHostTest, TheTrayIconOpensTheMenuAndThePanelWindowSamplesAndClosesLikeOne) {
     launch(true);
     SystemStats& stats = delegate->statsForTesting();
@@ -145,9 +142,8 @@ TEST_F(TrayHostTest, TheTrayIconOpensTheMenuAndThePanelWindowSamplesAndClosesLik
     EXPECT_EQ(recorder().matching("keyboard."), (Lines{"keyboard.grab -> true"}));
 }
 
-// Where the tray host goes, the menu comes as a window, until it is closed (minimised, it stays,
-// and a second start brings it back); a host that is back takes the menu again. (That it comes
-// after a start on a desktop without a tray, and works there, the desktops tier sees.)
+// Minimised, the window stays and a second start brings it back. (That it comes after a start
+// on a desktop without a tray, and works there, the desktops tier sees.)
 TEST_F(TrayHostTest, TheMenuComesAsAWindowWhenTheTrayHostGoes) {
     launch(true);
     for (bool host : {true, false, true, false}) {

@@ -70,21 +70,23 @@ protected:
     std::unique_ptr<oslinux::InputRouter> layer;
 };
 
-// A device directory of the test's own making, whose nodes link to real ones.
+// A device directory of the test's own making, whose nodes link to real ones, with uinput
+// unless told otherwise.
 class FakeDeviceRoot {
 public:
-    FakeDeviceRoot() : root(::mkdtemp(pattern)) { ::mkdir((root + "/input").c_str(), 0755); }
+    explicit FakeDeviceRoot(bool uinput = true) : root(::mkdtemp(pattern)) {
+        ::mkdir((root + "/input").c_str(), 0755);
+        [[maybe_unused]] int rc = uinput ? ::symlink("/dev/uinput", (root + "/uinput").c_str()) : 0;
+    }
     ~FakeDeviceRoot() { [[maybe_unused]] int rc = std::system(("rm -rf " + root).c_str()); }
 
     const std::string& path() const { return root; }
-    // An empty target makes a node that exists but is no event device.
+    // Replaces what the node was; an empty target makes a node that is no event device.
     void linkNode(const std::string& node, const std::string& target) {
         const std::string at = root + "/input/" + node;
+        ::unlink(at.c_str());
         [[maybe_unused]] int rc = target.empty() ? ::close(::creat(at.c_str(), 0644))
                                                  : ::symlink(target.c_str(), at.c_str());
-    }
-    void linkUinput() {
-        [[maybe_unused]] int rc = ::symlink("/dev/uinput", (root + "/uinput").c_str());
     }
 
 private:

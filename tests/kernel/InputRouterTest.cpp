@@ -135,9 +135,8 @@ TEST_F(DeviceRoles, EachKindOfDeviceIsReportedInvertedAndHeldByWhatItCanSend) {
     expectDesktopSees(devices, &Row::frame, "released, not inverting");
 }
 
-// Every way the tap or the hold can be refused, and that a refusal leaves nothing taken. A
-// keyboard another program holds is left to it, and the hold takes the other one; a wheel
-// device uinput will not clone is left out of the tap.
+// Every way the tap or the hold can be refused leaves nothing taken; a device another program
+// holds, or that uinput will not clone, is left out and the rest is taken.
 TEST_F(DeviceRoles, ARefusedTapOrHoldLeavesNothingTaken) {
     struct Case {
         const char* what;
@@ -158,12 +157,9 @@ TEST_F(DeviceRoles, ARefusedTapOrHoldLeavesNothingTaken) {
         VirtualDevice::plug({"Tolvane Test Refused Wheel", BUS_USB, {REL_WHEEL}, {}, {ABS_X}});
     for (const Case& c : cases) { // the unclonable row last: it spoils the refused wheel
         SCOPED_TRACE(c.what);
-        FakeDeviceRoot root;
+        FakeDeviceRoot root(c.uinput);
         for (const auto* device : {mouse.get(), keyboard.get(), second.get()}) {
             root.linkNode(device->node(), device->path());
-        }
-        if (c.uinput) {
-            root.linkUinput();
         }
         if (c.bogusNode) {
             root.linkNode("event999", "");
@@ -254,7 +250,6 @@ TEST_F(DevicesOverTime, AfterLostAnnouncementsAReusedNodeNamesTheNewDevice) {
     auto keyboard = VirtualDevice::plug(usbKeyboard());
     auto mouse = VirtualDevice::plug(usbMouse());
     FakeDeviceRoot root;
-    root.linkUinput();
     root.linkNode("event60", keyboard->path());
     std::ofstream("/proc/sys/fs/inotify/max_queued_events") << 4; // taken as the watch starts
     start(root.path());
@@ -263,7 +258,6 @@ TEST_F(DevicesOverTime, AfterLostAnnouncementsAReusedNodeNamesTheNewDevice) {
     for (const char* other : {"js0", "js1", "js2", "js3", "js4"}) {
         root.linkNode(other, "");
     }
-    ::unlink((root.path() + "/input/event60").c_str());
     root.linkNode("event60", mouse->path());
     ASSERT_TRUE(loop.turnUntil([&] { return pointerCount() == 1; })) << "the mouse not learned";
     EXPECT_TRUE(NodeReader(keyboard->path()).tryGrab()) << "the gone keyboard is still held";
@@ -276,10 +270,8 @@ TEST_F(DevicesOverTime, AHoldBeforeTheNewsOfAReusedNodeTakesTheKeyboardThereNow)
     auto first = VirtualDevice::plug(usbKeyboard("Tolvane Test First Keyboard"));
     auto second = VirtualDevice::plug(usbKeyboard("Tolvane Test Second Keyboard"));
     FakeDeviceRoot root;
-    root.linkUinput();
     root.linkNode("event60", first->path());
     start(root.path());
-    ::unlink((root.path() + "/input/event60").c_str());
     root.linkNode("event60", second->path());
     ASSERT_TRUE(hold()) << "the hold failed on the news of its keyboard's name";
     loop.settle();
@@ -316,8 +308,7 @@ TEST_F(DevicesOverTime, AfterAnOverrunOfUdevsAnnouncementsWhatIsPresentIsTaken) 
     expectWheelInverted(*later, "Tolvane Test Later Mouse");
 }
 
-// Keys down when the hold begins: the keyboard is taken at once, the desktop sees the keys
-// released and never repeated.
+// The desktop sees the keys that were down released, and never repeated.
 TEST_F(DevicesOverTime, KeysDownWhenTheHoldBeginsAreReleasedAndTheKeyboardTakenAtOnce) {
     auto keyboard = VirtualDevice::plug(usbKeyboard());
     auto consumer = VirtualDevice::plug(consumerControl());
@@ -349,8 +340,7 @@ TEST_F(DevicesOverTime, KeysDownWhenTheHoldBeginsAreReleasedAndTheKeyboardTakenA
     EXPECT_TRUE(withoutSync(clone.readAll()).empty());
 }
 
-// A release lost in an overflow of the tap's queue must not leave the button down on the
-// clone, and no frame may come out of it mixed from before and after the loss.
+// A release lost in an overflow of the tap's queue; no frame may mix both sides of the loss.
 TEST_F(DevicesOverTime, AnOverflowLeavesNoButtonDownAndNoMixedFrame) {
     auto mouse = VirtualDevice::plug(usbMouse());
     start();

@@ -44,12 +44,10 @@ std::string callService(sd_bus* bus, char member) {
     const char* name = member == ServiceClient::hold        ? "HoldKeyboards"
                        : member == ServiceClient::keepAlive ? "KeepAlive"
                                                             : "SetInversion";
-    sd_bus_error error = SD_BUS_ERROR_NULL;
-    const int rc = std::string(name) == "SetInversion"
-                       ? sd_bus_call_method(bus, service, "/org/tolvane/Input1", service, name,
-                                            &error, nullptr, "b", member == ServiceClient::invert)
-                       : sd_bus_call_method(bus, service, "/org/tolvane/Input1", service, name,
-                                            &error, nullptr, "");
+    sd_bus_error error = SD_BUS_ERROR_NULL; // SetInversion's one argument, the others' none
+    const int rc = sd_bus_call_method(bus, service, "/org/tolvane/Input1", service, name, &error,
+                                      nullptr, std::string(name) == "SetInversion" ? "b" : "",
+                                      int(member == ServiceClient::invert));
     std::string outcome = rc >= 0 ? "" : error.name ? error.name : "no reply";
     sd_bus_error_free(&error);
     return outcome;
@@ -75,22 +73,20 @@ std::string callService(sd_bus* bus, char member) {
             }
             const std::string line = callService(bus, member) + "\n";
             holding = holding || (member == ServiceClient::hold && line == "\n");
-            next = Clock::now() + 500ms;
             [[maybe_unused]] auto n = ::write(outcomes, line.data(), line.size());
         } else {
-            callService(bus, 'K');
-            next = Clock::now() + 500ms;
+            callService(bus, ServiceClient::keepAlive);
         }
+        next = Clock::now() + 500ms;
     }
 }
 
 } // namespace
 
-BusProgram::BusProgram(const std::string& program, const char* busName, const char* argument)
-    : child(::fork()) {
+BusProgram::BusProgram(const std::string& program, const char* busName) : child(::fork()) {
     if (child == 0) {
         ::close_range(3, ~0U, 0);
-        ::execl(("/bin/" + program).c_str(), program.c_str(), argument, nullptr);
+        ::execl(("/bin/" + program).c_str(), program.c_str(), nullptr);
         ::_exit(127);
     }
     sd_bus* bus = nullptr;

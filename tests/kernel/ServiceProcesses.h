@@ -9,11 +9,10 @@ namespace tolvane::kerneltest {
 // service, or the stand-in for polkit and logind.
 class BusProgram {
 public:
-    BusProgram(const std::string& program, const char* busName, const char* argument = nullptr);
+    BusProgram(const std::string& program, const char* busName);
     ~BusProgram();
-    bool isServing() const {
-        return serving;
-    } // it took its bus name within 15 s (a sanitized start under emulation)
+    // It took its bus name within 15 s (a sanitized start under emulation).
+    bool isServing() const { return serving; }
     pid_t pid() const { return child; }
 
 private:

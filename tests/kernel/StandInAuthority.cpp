@@ -1,9 +1,7 @@
 // tolvane-stand-in-authority: polkit and logind as the input service sees them, on the guest's
-// own system bus. It owns org.freedesktop.PolicyKit1 and org.freedesktop.login1, puts each
-// process in the session the test chose for it (GetSessionByPID), serves each session's Active
-// property with PropertiesChanged when the test flips it, and authorises (CheckAuthorization) a
-// caller whose session is active and allowed. The test chooses through two methods of its own
-// on logind's object, interface org.tolvane.test.Sessions:
+// own system bus. It authorises (CheckAuthorization) a caller whose session (GetSessionByPID) is
+// active and allowed, and tells of each change of a session's Active property. The test chooses
+// through two methods of its own on logind's object, interface org.tolvane.test.Sessions:
 //   Place(u pid, u session)                 the process belongs to that session from now on
 //   Set(u session, b active, b allowed)     allowed false: a remote session, refused though active
 // A session is active and allowed until Set says otherwise. With --everyone-active, a process

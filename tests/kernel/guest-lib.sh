@@ -3,8 +3,7 @@
 # tier, the lock session and the wheel benchmark. Sourced, not run. The caller sets `work`
 # (its build folder) and `tier` (the word its failure lines name), then:
 #   prepare_guest; start_guest_root ROOT; add_dynamic / add_tree / add_x_session / add_udevd /
-#   add_system_bus;
-#   boot_guest ROOT MEMORY_MB SECONDS COMMANDS; guest_result
+#   add_system_bus; boot_guest ROOT MEMORY_MB SECONDS COMMANDS; guest_result
 # The guest makes its virtual devices itself, through uinput. The kernel (vmlinux, config,
 # evdev.ko, uinput.ko) is cached in $TOLVANE_KERNEL_CACHE (default ~/.cache/tolvane-kernel).
 cache=${TOLVANE_KERNEL_CACHE:-$HOME/.cache/tolvane-kernel}
@@ -134,9 +133,8 @@ add_udevd() {
 start_udevd='mount -t tmpfs tmpfs /run && /lib/systemd/systemd-udevd --daemon &&
 udevadm trigger --action=add && udevadm settle'
 
-# A system bus of the guest's own: Debian's dbus-daemon with the tier's configuration
-# (guest-bus.conf) and the given policy files where a desktop has them: add_system_bus ROOT
-# POLICY... The guest's COMMANDS start it
+# add_system_bus ROOT POLICY...: a system bus of the guest's own, Debian's dbus-daemon with
+# guest-bus.conf and the policy files where a desktop has them. The guest's COMMANDS start it
 # with $start_system_bus, which exports the bus's address to what they start after it.
 add_system_bus() {
     local root=$1
@@ -170,7 +168,7 @@ add_x_session() {
 # The serial log goes to $work/guest.log, a cleaned copy to $work/guest.txt. Fails unless
 # the guest began. GUEST_PACK=plain leaves the initramfs uncompressed (for a large root).
 boot_guest() {
-    local root=$1 image=$work/initramfs.cpio started=$SECONDS status=0 log=$work/guest.log
+    local root=$1 image=$work/initramfs.cpio started=$SECONDS status=0 log=$work/guest.log pack=cat
     cat >"$root/init" <<INIT
 #!/bin/busybox sh
 /bin/busybox --install -s
@@ -187,12 +185,8 @@ echo "TOLVANE-GUEST: result \$?"
 poweroff -f
 INIT
     chmod +x "$root/init"
-    if [ "${GUEST_PACK:-gzip}" = plain ]; then
-        (cd "$root" && find . | cpio -o -H newc -R 0:0 --quiet >"$image")
-    else
-        image=$image.gz
-        (cd "$root" && find . | cpio -o -H newc -R 0:0 --quiet | gzip -1 >"$image")
-    fi
+    [ "${GUEST_PACK:-gzip}" = plain ] || image=$image.gz pack="gzip -1"
+    (cd "$root" && find . | cpio -o -H newc -R 0:0 --quiet | $pack >"$image")
     rm -rf "$root"
     timeout "$3" qemu-system-x86_64 -accel tcg -cpu max -smp 1 -m "$2" -nographic -no-reboot \
         -nodefaults -serial stdio -monitor none -kernel "$cache/vmlinux" \

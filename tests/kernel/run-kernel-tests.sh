@@ -6,12 +6,9 @@
 #   run-kernel-tests.sh TEST_PROGRAM WORK_DIR BUS_POLICY [PROGRAM...]
 #   run-kernel-tests.sh --case GUEST_LOG SUITE.NAME   (prints the case's lines; fails unless OK)
 #
-# The further programs go to /bin in the guest for the cases that start them (the input service,
-# the stand-in for polkit and logind, the wheel benchmark's floor and Tolvane's wheel program).
-# Debian's udevd runs in the guest, as on every desktop; the cases that need its absence watch a
-# device folder of their own. So does a system bus of the guest's own with the service's
-# BUS_POLICY, for the service's cases, whose figure: lines are shown here. TOLVANE_KERNEL_FILTER,
-# when set, is handed to the test program as its --gtest_filter (for work on a single case).
+# The PROGRAMs go to /bin in the guest for the cases that start them. Debian's udevd runs there,
+# as on every desktop, and a system bus of the guest's own with BUS_POLICY. TOLVANE_KERNEL_FILTER,
+# when set, is the test program's --gtest_filter (for work on a single case).
 set -eu
 
 if [ "$1" = --case ]; then
