@@ -1,15 +1,15 @@
 #!/bin/bash
 # The keyboard cleaning lock of the real binary on a two-monitor Xvfb, inside the test kernel
-# under qemu: only there may the real binary open /dev/uinput and the event nodes as the lock
-# needs. The host copies Xvfb, xrandr, xdotool, xev, Tolvane and every library,
-# plugin, font and keymap they load into an initramfs, boots it, and checks the screen dump
-# that lock-session-guest.sh sends back over the serial console.
+# under qemu: only there may the input service hold real keyboards and make their clones in
+# /dev/uinput. The host copies Xvfb, xrandr, xdotool, xev, Tolvane and every library, plugin,
+# font and keymap they load into an initramfs, boots it, and checks the screen dump that
+# lock-session-guest.sh sends back over the serial console.
 #
 #   run-lock-session.sh TOLVANE GUEST_TOOL WORK_DIR INPUT_SERVICE STAND_IN BUS_POLICY
 #
-# The input service runs in the guest on a system bus of its own, with the kernel tier's stand-in
-# for polkit and logind, which finds every caller in an active session.
-# The screenshots (PNG) and the guest's log stay in WORK_DIR.
+# The input service runs in the guest on a system bus of its own, with the kernel tier's
+# stand-in for polkit and logind, which finds every caller in an active session. The
+# screenshots (PNG) and the guest's log stay in WORK_DIR.
 set -euo pipefail
 
 tolvane=$1 guest_tool=$2 work=$(realpath -m "$3") service=$4 authority=$5 policy=$6
