@@ -17,12 +17,15 @@ namespace {
 
 std::optional<QPoint> lastClick;
 
+// Every call the program gets passes here: the arguments are copied only for Activate.
 void noteActivate(const QDBusMessage& call) {
+    if (call.member() != QStringLiteral("Activate") ||
+        call.interface() != QStringLiteral("org.kde.StatusNotifierItem")) {
+        return;
+    }
     const QList<QVariant> args = call.arguments();
-    if (call.type() == QDBusMessage::MethodCallMessage &&
-        call.interface() == QStringLiteral("org.kde.StatusNotifierItem") &&
-        call.member() == QStringLiteral("Activate") && args.size() == 2 &&
-        args[0].metaType().id() == QMetaType::Int && args[1].metaType().id() == QMetaType::Int) {
+    if (args.size() == 2 && args[0].metaType().id() == QMetaType::Int &&
+        args[1].metaType().id() == QMetaType::Int) {
         lastClick = QPoint(args[0].toInt(), args[1].toInt());
     }
 }
