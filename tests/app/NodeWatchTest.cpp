@@ -44,7 +44,7 @@ TEST(QtEventLoopTest, CallsTheLastWatchOnReadableAndStopsWhenUnwatchedFromItsOwn
 }
 
 // The directory watch used where no udevd runs, on a plain directory standing in for /dev.
-TEST(InotifyNodeWatchTest, AnnouncesEventNodesAsTheyComeChangeAndGo) {
+TEST(InotifyNodeWatchTest, AnnouncesEventNodesAsTheyComeAndGo) {
     QTemporaryDir dir;
     const std::string root = dir.path().toStdString(), input = root + "/input";
     oslinux::QtEventLoop loop;
@@ -71,13 +71,8 @@ TEST(InotifyNodeWatchTest, AnnouncesEventNodesAsTheyComeChangeAndGo) {
     touch(input + "/mouse0"); // not an event node
     EXPECT_EQ(settle(), std::vector<std::string>{"+event4"});
 
-    ASSERT_EQ(::chmod((input + "/event3").c_str(), 0600), 0); // as when udev fixes permissions
-    EXPECT_EQ(settle(), std::vector<std::string>{"+event3"});
-
     touch(input + "/staging");
     ASSERT_EQ(::rename((input + "/staging").c_str(), (input + "/event5").c_str()), 0);
-    EXPECT_EQ(settle(), std::vector<std::string>{"+event5"});
-    ASSERT_EQ(::chmod((input + "/event5").c_str(), 0600), 0);
     EXPECT_EQ(settle(), std::vector<std::string>{"+event5"});
 
     ASSERT_EQ(::unlink((input + "/event4").c_str()), 0);

@@ -1,11 +1,9 @@
 // With no udevd, devtmpfs is the only witness of a device coming or going, and inotify on the
-// input directory reports it. The things easy to get wrong: a node can appear before it is
-// readable (its permissions fixed a moment later), so a change of attributes counts as an
-// arrival too; and that change is watched on each node, not on the directory, because a
-// directory watch for attribute changes makes the kernel visit the directory's watchers on
-// every read of every node in it, each wheel frame included; only while a node cannot be watched
-// (inotify needs read access to it) does the directory watch them. The directory itself may not
-// exist until the first input device does.
+// input directory reports it. Only the directory's entries are watched: a watch on a node, or
+// one for attribute changes on the directory, makes the kernel visit it on every read of the
+// node, each wheel frame included. Nothing here needs a node's later change of permissions:
+// the service owns the nodes and opens them from the start, and the app never opens them. The
+// directory itself may not exist until the first input device does.
 #include "platform/linux/devices/NodeWatch.h"
 
 #include <algorithm>
@@ -13,8 +11,6 @@
 #include <cerrno>
 #include <cstdlib>
 #include <dirent.h>
-#include <map>
-#include <set>
 #include <sys/inotify.h>
 #include <unistd.h>
 
@@ -61,8 +57,7 @@ public:
 private:
     static constexpr auto entryChanges = IN_CREATE | IN_DELETE | IN_MOVED_TO | IN_MOVED_FROM;
 
-    // Watches the input directory and the nodes in it, or its parent until it exists; returns
-    // the nodes found.
+    // Watches the input directory, or its parent until it exists; returns the nodes found.
     std::vector<std::string> watchInputDirectory() {
         inputWatch = inotify_add_watch(fd, (root + "/input").c_str(), entryChanges);
         if (inputWatch < 0) {
@@ -71,32 +66,7 @@ private:
             }
             return {};
         }
-        std::vector<std::string> nodes = listEventNodes(root);
-        for (const std::string& node : nodes) {
-            watchAttributes(node);
-        }
-        return nodes;
-    }
-
-    void watchAttributes(const std::string& node) {
-        const int wd = inotify_add_watch(fd, (root + "/input/" + node).c_str(), IN_ATTRIB);
-        if (wd >= 0) {
-            nodeWatches[wd] = node;
-            unwatchable.erase(node);
-        } else {
-            unwatchable.insert(node);
-        }
-        inotify_add_watch(fd, (root + "/input").c_str(),
-                          entryChanges | (unwatchable.empty() ? 0 : IN_ATTRIB));
-    }
-
-    void forgetAttributes(const std::string& node) {
-        const auto found = std::find_if(nodeWatches.begin(), nodeWatches.end(),
-                                        [&](const auto& watch) { return watch.second == node; });
-        if (found != nodeWatches.end()) {
-            inotify_rm_watch(fd, found->first);
-            nodeWatches.erase(found);
-        }
+        return listEventNodes(root);
     }
 
     void readNotifications() {
@@ -116,7 +86,6 @@ private:
 
     void handle(const inotify_event& event, const std::string& name) {
         if (event.mask & IN_Q_OVERFLOW) {
-            rewatchNodes();
             if (callbacks.lost) {
                 callbacks.lost();
             }
@@ -129,33 +98,10 @@ private:
             watchInputDirectory();
         } else if (event.wd == inputWatch && isEventNodeName(name)) {
             if (event.mask & (IN_DELETE | IN_MOVED_FROM)) {
-                unwatchable.erase(name);
-                forgetAttributes(name);
                 callbacks.vanished(name);
-            } else if ((event.mask & IN_ATTRIB) && unwatchable.count(name) == 0) {
-                return; // that node's own watch reports it
             } else {
-                watchAttributes(name);
                 callbacks.appeared(name);
             }
-        } else if (const auto node = nodeWatches.find(event.wd); node != nodeWatches.end()) {
-            if (event.mask & IN_IGNORED) {
-                nodeWatches.erase(node);
-            } else {
-                callbacks.appeared(node->second);
-            }
-        }
-    }
-
-    // The removals and arrivals lost may have left watches on nodes gone and none on new ones.
-    void rewatchNodes() {
-        for (const auto& [wd, node] : nodeWatches) {
-            inotify_rm_watch(fd, wd);
-        }
-        nodeWatches.clear();
-        unwatchable.clear();
-        if (inputWatch >= 0) {
-            watchInputDirectory();
         }
     }
 
@@ -165,8 +111,6 @@ private:
     NodeCallbacks callbacks;
     int inputWatch = -1;
     int rootWatch = -1;
-    std::map<int, std::string> nodeWatches; // watch descriptor to node name
-    std::set<std::string> unwatchable;
 };
 
 } // namespace
