@@ -66,7 +66,7 @@ void InputRouter::nodeAppeared(const std::string& node) {
 void InputRouter::nodeVanished(const std::string& node) {
     const auto found = known.find(node);
     // A removal announced after the node's new device was learned is about the device before
-    // it: a node's removal changes its attributes too, and that comes first, as an arrival.
+    // it: the news of a removal can come after sysfs already shows the node's next device.
     if (found != known.end() &&
         (found->second.identity.empty() ||
          sysfsIdentity(pathOf(node)) != std::optional(found->second.identity))) {

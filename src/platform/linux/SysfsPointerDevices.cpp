@@ -64,7 +64,7 @@ void SysfsPointerDevices::nodeVanished(const std::string& node) {
         return;
     }
     // A removal announced after the node's new device was learned is about the device before
-    // it: a node's removal changes its attributes too, and that comes first, as an arrival.
+    // it: the news of a removal can come after sysfs already shows the node's next device.
     const std::optional<SysfsDevice> now = describe(pathOf(node));
     if (!now || now->identity != found->second.identity) {
         drop(node);
