@@ -11,6 +11,10 @@ struct ScreenArea {
     int height = 0;
 };
 
+// How far a menu beside a panel keeps off the screen's sides and off the panel: Plasma 6 draws
+// a floating panel a few pixels beyond the room it reserves.
+inline constexpr int menuClearance = 8;
+
 struct ScreenPoint {
     int x = 0;
     int y = 0;

@@ -19,7 +19,7 @@ void popUpBesidePanel(QMenu* menu, QPoint anchor) {
         menu->popup(anchor);
         return;
     }
-    constexpr int clearance = 8;
+    const int clearance = menuClearance;
     const QRect free =
         screen->availableGeometry().adjusted(clearance, clearance, -clearance, -clearance);
     const auto place = [&](QSize size) {

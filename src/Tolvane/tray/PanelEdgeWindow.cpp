@@ -60,8 +60,7 @@ bool layBesidePanel(QWidget* window, QPoint click) {
     if (!screen || !compositorHasLayerShell()) {
         return false;
     }
-    // Kept a little off the screen's sides, as a menu beside a panel is on X11.
-    constexpr int clearance = 8;
+    const int clearance = menuClearance;
     const QRect area = screen->geometry().adjusted(clearance, clearance, -clearance, -clearance);
     const QSize size = window->sizeHint();
     const EdgePlacement at = edgePlacement({click.x(), click.y()}, size.width(), size.height(),
