@@ -56,7 +56,9 @@ TrayHost::~TrayHost() {
 // now and then; without one, the menu comes as a window once the wait is over.
 // StatusNotifierItem hosts that come or go later are told by the session bus.
 void TrayHost::start() {
-    HostClicks::watch();
+    if (inWaylandSession()) { // the only place where the host's word of the click is needed
+        HostClicks::watch();
+    }
     createIcon();
     hostPresent = hostAvailable();
     watchTrayHosts();
