@@ -260,14 +260,14 @@ int InputBus::onExpiry(sd_event_source*, std::uint64_t, void* userdata) {
 }
 
 void InputBus::negateWhileInverting(void* context, InputEvent* events, std::size_t count) {
-    if (static_cast<const InputBus*>(context)->inverting) {
+    if (static_cast<const InputBus*>(context)->inverting.load(std::memory_order_relaxed)) {
         negateWheelAxes(events, count);
     }
 }
 
 void InputBus::apply() {
     const InputEffect wanted = callers.effect();
-    inverting = wanted.inverting;
+    inverting.store(wanted.inverting, std::memory_order_relaxed);
     if (wanted.tap && !tapping) {
         tapping = router.create(&InputBus::negateWhileInverting, this);
     } else if (!wanted.tap && tapping) {

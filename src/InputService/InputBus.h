@@ -4,6 +4,7 @@
 #include "TolvaneCore/InputEvent.h"
 #include "TolvaneCore/ServiceCallers.h"
 
+#include <atomic>
 #include <cstddef>
 #include <map>
 #include <memory>
@@ -70,9 +71,9 @@ private:
     ServiceCallers callers;
     std::map<std::string, int> authorising; // calls waiting for polkit, by caller
     bool tapping = false;
-    bool inverting = false;
-    bool holding = false;    // the router was asked to hold
-    bool holdStands = false; // and has told that it holds
+    std::atomic<bool> inverting{false}; // read by the wheel devices' reader threads
+    bool holding = false;               // the router was asked to hold
+    bool holdStands = false;            // and has told that it holds
     std::uint64_t holdsAsked = 0;
     std::pair<std::uint64_t, bool> holdMade; // which hold the router last told of, and whether
     std::vector<std::pair<std::string, Message>> holdWaiting; // callers, until holdMade

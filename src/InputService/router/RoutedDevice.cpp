@@ -17,6 +17,7 @@
 
 #include <array>
 #include <cerrno>
+#include <fcntl.h>
 #include <unistd.h>
 
 namespace tolvane::oslinux {
@@ -27,10 +28,12 @@ RoutedDevice::RoutedDevice(std::string node, std::unique_ptr<EvdevDevice> device
       onReadable(std::move(onReadable)) {}
 
 RoutedDevice::~RoutedDevice() {
+    readOnLoop();
     step(GrabEvent::unwanted);
 }
 
 void RoutedDevice::setRoles(bool wheel, bool keys, FrameAssembler::Filter filter, void* context) {
+    readOnLoop();
     wheelRole = wheel;
     keyRole = keys;
     frames.dropKeys = keys;
@@ -51,11 +54,39 @@ void RoutedDevice::adoptClone(std::unique_ptr<UinputClone> made) {
 }
 
 bool RoutedDevice::settle() {
+    readOnLoop();
     const bool loose = !settleGrab();
     if (!wantsClone()) {
         clone.reset();
     }
+    readOnOwnThread();
     return !loose;
+}
+
+void RoutedDevice::readOnOwnThread() {
+    if (reader || grabState != GrabState::grabbed || !wheelRole || keyRole || !clone) {
+        return;
+    }
+    auto started = std::make_unique<ReaderThread>(
+        device->fd(), loop,
+        [this](const input_event* events, std::size_t count) {
+            return route(events, count) != Routed::failed;
+        },
+        [this] {
+            readOnLoop();
+            onReadable(*this); // reads what ended the thread: the device gone, as a rule
+        });
+    if (started->running()) {
+        loop.unwatch(device->fd());
+        reader = std::move(started);
+    }
+}
+
+void RoutedDevice::readOnLoop() {
+    if (reader) {
+        reader.reset();
+        loop.watchReadable(device->fd(), [this] { onReadable(*this); });
+    }
 }
 
 bool RoutedDevice::settleGrab() {
@@ -108,20 +139,40 @@ RoutedDevice::ReadResult RoutedDevice::readPendingEvents() {
             return errno == EAGAIN ? ReadResult::drained : ReadResult::vanished;
         }
         const std::size_t count = static_cast<std::size_t>(got) / sizeof(input_event);
-        for (std::size_t i = 0; i < count; ++i) {
-            const input_event& event = batch[i];
-            if (event.type == EV_SYN && event.code == SYN_DROPPED) {
-                return resync() ? ReadResult::drained : ReadResult::vanished;
-            }
-            take(event);
+        const Routed routed = route(batch.data(), count);
+        if (routed == Routed::failed) {
+            return ReadResult::vanished;
         }
-        if (count < batch.size()) {
+        if (routed == Routed::resynced || count < batch.size()) {
             return ReadResult::drained;
         }
     }
 }
 
+RoutedDevice::Routed RoutedDevice::route(const input_event* events, std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i) {
+        if (events[i].type == EV_SYN && events[i].code == SYN_DROPPED) {
+            return resync() ? Routed::resynced : Routed::failed;
+        }
+        take(events[i]);
+    }
+    return Routed::routed;
+}
+
 bool RoutedDevice::resync() {
+    // libevdev drains the device with read()s until EAGAIN; a ReaderThread's device blocks.
+    const WakeDeferred deferred;
+    const int flags = ::fcntl(device->fd(), F_GETFL);
+    if (flags < 0) {
+        return false;
+    }
+    ::fcntl(device->fd(), F_SETFL, flags | O_NONBLOCK);
+    const bool synced = resyncState();
+    ::fcntl(device->fd(), F_SETFL, flags);
+    return synced;
+}
+
+bool RoutedDevice::resyncState() {
     libevdev* dev = device->evdev();
     frames.dropped();
     input_event event;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "InputService/router/EvdevDevice.h"
+#include "InputService/router/ReaderThread.h"
 #include "InputService/router/UinputClone.h"
 #include "TolvaneCore/DeviceRoles.h"
 #include "TolvaneCore/FrameAssembler.h"
@@ -16,10 +17,12 @@ namespace tolvane::oslinux {
 // on to its clone through the wheel filter), taken for its keys (keys are dropped, the rest
 // goes on to its clone when it has one), or only watched until no key is down so it can be
 // taken without leaving a key pressed. Its grab follows grabStep(); the owner sets the roles,
-// has the clone made and adopted, then calls settle().
+// has the clone made and adopted, then calls settle(). Taken for its wheel alone, it is read on
+// a thread of its own (ReaderThread) and the loop only hears when that ends; every call here
+// stops that thread first and starts it again when the device is settled.
 class RoutedDevice {
 public:
-    static constexpr std::size_t batchCapacity = 128; // events per read()
+    static constexpr std::size_t batchCapacity = ReaderThread::batchCapacity;
 
     RoutedDevice(std::string node, std::unique_ptr<EvdevDevice> device, EventLoop& loop,
                  std::function<void(RoutedDevice&)> onReadable);
@@ -56,12 +59,17 @@ private:
     }
     bool settleGrab();
     void step(GrabEvent event);
+    void readOnOwnThread();
+    void readOnLoop();
+    enum class Routed { routed, resynced, failed };
+    Routed route(const input_event* events, std::size_t count);
     // One event read raw: into libevdev's state, then on to the frames.
     void take(const input_event& event);
     void forward(const input_event& event);
     // After SYN_DROPPED: the frame under way dropped, the state libevdev reports sent instead.
     // False when the device is gone.
     bool resync();
+    bool resyncState();
     void send(std::span<const InputEvent> frame);
 
     std::string nodeName;
@@ -72,7 +80,8 @@ private:
     bool wheelRole = false;
     bool keyRole = false;
     std::unique_ptr<UinputClone> clone;
-    FrameAssembler frames; // its held keys and its wheel filter follow the roles
+    FrameAssembler frames;                // its held keys and its wheel filter follow the roles
+    std::unique_ptr<ReaderThread> reader; // last: it stops before the rest goes
 };
 
 } // namespace tolvane::oslinux

@@ -15,6 +15,7 @@
 #include "TolvaneCore/DeviceRoles.h"
 
 #include <array>
+#include <cerrno>
 #include <fcntl.h>
 #include <linux/uinput.h>
 #include <sys/ioctl.h>
@@ -61,8 +62,11 @@ void UinputClone::writeFrame(const InputEvent* events, std::size_t count) {
         out[i].code = events[i].code;
         out[i].value = events[i].value;
     }
-    // uinput takes a whole frame in one write; it never blocks and a failure has no remedy.
-    [[maybe_unused]] const ssize_t written = ::write(uinputFd, out.data(), n * sizeof(input_event));
+    // uinput takes a whole frame in one write. It gives up with EINTR, having written nothing,
+    // when a signal comes while it waits for its lock (a ReaderThread's stop); no other failure
+    // has a remedy.
+    while (::write(uinputFd, out.data(), n * sizeof(input_event)) < 0 && errno == EINTR) {
+    }
 }
 
 void UinputClone::releaseKeysDown(const libevdev* state, bool (*which)(std::uint16_t keyCode)) {
