@@ -1,6 +1,6 @@
 #!/bin/bash
 # Boots the test kernel with the wheel benchmark and prints its "wheel:" lines (see
-# wheel-latency.cpp): the floor (wheel-floor), Tolvane's input layer on a plain poll loop
+# wheel-latency.cpp): the floor (wheel-floor), Tolvane's input layer as the service runs it
 # (tolvane-wheel), Debian's interception-tools (`interception -g`, Debian's name for
 # `intercept`, piped through negate-wheel into `uinput -d`), and Tolvane again with 8 and 32
 # mice plugged. Then Debian's udevd starts, as desktops run it, and the floor and Tolvane run

@@ -34,6 +34,9 @@ InputBus::InputBus(sd_bus* bus, sd_event* event, oslinux::InputRouter& router)
     : bus(bus), event(event), router(router), checks(bus) {}
 
 InputBus::~InputBus() {
+    if (tapping) {
+        router.stopTap(); // the wheel's reader threads call into this
+    }
     sd_event_source_disable_unref(holdMadeSource);
     if (holdMadeFd >= 0) {
         ::close(holdMadeFd);
