@@ -19,7 +19,7 @@ mkdir -p "$2"
 bin=$(cd "$1" && pwd)
 work=$(cd "$2" && pwd)
 frames=${3:-10000}
-rounds=${4:-5}
+rounds=${4:-20}
 idle=${5:-10}
 # shellcheck disable=SC2034 # the word guest-lib.sh's failure lines name
 tier="wheel bench"
