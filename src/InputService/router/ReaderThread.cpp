@@ -6,7 +6,7 @@
 //    is sent again every millisecond until the thread says it has ended.
 //  - The signal must interrupt nothing else: uinput gives up a write() with EINTR when a signal
 //    comes while it waits for its lock (UinputClone writes again), and the resync runs with the
-//    signal deferred (WakeDeferred).
+//    signal deferred (ResyncScope).
 //  - O_NONBLOCK belongs to the open file, not the descriptor: the device is blocking only while
 //    the thread runs, and is set back before anything else reads it.
 #include "InputService/router/ReaderThread.h"
@@ -50,14 +50,18 @@ void setBlocking(int fd, bool blocking) {
 
 } // namespace
 
-WakeDeferred::WakeDeferred() {
+ResyncScope::ResyncScope(int fd) : fd(fd), flags(::fcntl(fd, F_GETFL)) {
     sigset_t wake;
     sigemptyset(&wake);
     sigaddset(&wake, wakeSignal);
     ::pthread_sigmask(SIG_BLOCK, &wake, &before);
+    setBlocking(fd, false);
 }
 
-WakeDeferred::~WakeDeferred() {
+ResyncScope::~ResyncScope() {
+    if (flags >= 0) {
+        ::fcntl(fd, F_SETFL, flags);
+    }
     ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
 }
 

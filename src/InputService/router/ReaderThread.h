@@ -41,17 +41,20 @@ private:
     std::thread thread;
 };
 
-// For its scope, the calling thread is not woken by a ReaderThread's stop: what it does then
-// (a resync's ioctl() calls) is not cut short. The stop waits for the scope's end.
-class WakeDeferred {
+// For its scope, fd reads as on the loop, non-blocking, and the calling thread is not woken by
+// a ReaderThread's stop: libevdev's resync drains the device with read()s until EAGAIN, and its
+// ioctl() calls are not cut short. The stop waits for the scope's end.
+class ResyncScope {
 public:
-    WakeDeferred();
-    ~WakeDeferred();
+    explicit ResyncScope(int fd);
+    ~ResyncScope();
 
-    WakeDeferred(const WakeDeferred&) = delete;
-    WakeDeferred& operator=(const WakeDeferred&) = delete;
+    ResyncScope(const ResyncScope&) = delete;
+    ResyncScope& operator=(const ResyncScope&) = delete;
 
 private:
+    int fd;
+    int flags; // the descriptor's own, put back at the end
     sigset_t before;
 };
 

@@ -17,7 +17,6 @@
 
 #include <array>
 #include <cerrno>
-#include <fcntl.h>
 #include <unistd.h>
 
 namespace tolvane::oslinux {
@@ -54,7 +53,6 @@ void RoutedDevice::adoptClone(std::unique_ptr<UinputClone> made) {
 }
 
 bool RoutedDevice::settle() {
-    readOnLoop();
     const bool loose = !settleGrab();
     if (!wantsClone()) {
         clone.reset();
@@ -160,19 +158,7 @@ RoutedDevice::Routed RoutedDevice::route(const input_event* events, std::size_t 
 }
 
 bool RoutedDevice::resync() {
-    // libevdev drains the device with read()s until EAGAIN; a ReaderThread's device blocks.
-    const WakeDeferred deferred;
-    const int flags = ::fcntl(device->fd(), F_GETFL);
-    if (flags < 0) {
-        return false;
-    }
-    ::fcntl(device->fd(), F_SETFL, flags | O_NONBLOCK);
-    const bool synced = resyncState();
-    ::fcntl(device->fd(), F_SETFL, flags);
-    return synced;
-}
-
-bool RoutedDevice::resyncState() {
+    const ResyncScope scope(device->fd());
     libevdev* dev = device->evdev();
     frames.dropped();
     input_event event;

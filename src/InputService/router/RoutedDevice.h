@@ -18,8 +18,8 @@ namespace tolvane::oslinux {
 // goes on to its clone when it has one), or only watched until no key is down so it can be
 // taken without leaving a key pressed. Its grab follows grabStep(); the owner sets the roles,
 // has the clone made and adopted, then calls settle(). Taken for its wheel alone, it is read on
-// a thread of its own (ReaderThread) and the loop only hears when that ends; every call here
-// stops that thread first and starts it again when the device is settled.
+// a thread of its own (ReaderThread) and the loop only hears when that ends; setRoles() stops
+// that thread first and settle() starts it again.
 class RoutedDevice {
 public:
     static constexpr std::size_t batchCapacity = ReaderThread::batchCapacity;
@@ -69,7 +69,6 @@ private:
     // After SYN_DROPPED: the frame under way dropped, the state libevdev reports sent instead.
     // False when the device is gone.
     bool resync();
-    bool resyncState();
     void send(std::span<const InputEvent> frame);
 
     std::string nodeName;
