@@ -108,7 +108,8 @@ pointer_to() {
 }
 click() { if [[ $session == x11 ]]; then xdotool click "$1"; else ask click "$1"; fi; }
 key() {
-    declare -A keysym=([Escape]=0xff1b [Up]=0xff52 [Return]=0xff0d [ctrl]=0xffe3 [t]=0x74)
+    declare -A keysym=([Escape]=0xff1b [Up]=0xff52 [Return]=0xff0d [ctrl]=0xffe3 [t]=0x74 [super]=0xffeb
+        [h]=0x68)
     if [[ $session == x11 ]]; then
         xdotool key --clearmodifiers "$1"
     else
@@ -196,7 +197,7 @@ menu_shown() {
 # wait_menu FORM WHY: prints when the menu came: after the last look that missed it began,
 # before the look that saw it had its picture.
 wait_menu() {
-    local started missed=0 looked patience=5
+    local started missed=0 looked patience=${patience:-5}
     started=$(now_ms) looked=$started
     until menu_shown "$1"; do
         missed=$((looked - started)) looked=$(now_ms)

@@ -262,6 +262,11 @@ bool TrayHost::raiseMenuWindow() {
     if (!windowMenu || !windowMenu->isVisible()) {
         return false;
     }
+    // A Wayland client can neither restore nor raise its own window; a new one comes in front.
+    if (QGuiApplication::platformName().startsWith(QLatin1String("wayland"))) {
+        windowMenu->hide();
+        return false;
+    }
     windowMenu->setWindowState(windowMenu->windowState() & ~Qt::WindowMinimized);
     windowMenu->raise();
     windowMenu->activateWindow();
