@@ -262,8 +262,7 @@ bool TrayHost::raiseMenuWindow() {
     if (!windowMenu || !windowMenu->isVisible()) {
         return false;
     }
-    // A Wayland client can neither restore nor raise its own window; a new one comes in front.
-    if (QGuiApplication::platformName().startsWith(QLatin1String("wayland"))) {
+    if (isWaylandClient()) { // a new window comes in front
         windowMenu->hide();
         return false;
     }
