@@ -55,7 +55,9 @@ ResyncScope::ResyncScope(int fd) : fd(fd), flags(::fcntl(fd, F_GETFL)) {
     sigemptyset(&wake);
     sigaddset(&wake, wakeSignal);
     ::pthread_sigmask(SIG_BLOCK, &wake, &before);
-    setBlocking(fd, false);
+    if (flags >= 0) {
+        ::fcntl(fd, F_SETFL, flags | O_NONBLOCK);
+    }
 }
 
 ResyncScope::~ResyncScope() {
